@@ -1,0 +1,25 @@
+#!/usr/bin/env bash
+# Installs the Debian packages Ombrix needs to build, test and run, when missing.
+# Sourced by run.sh, test.sh and bench.sh.
+set -euo pipefail
+
+OMBRIX_PACKAGES=(cmake g++ make qt6-base-dev qt6-base-dev-tools libqt6serialport6-dev libgl-dev)
+
+ombrix_install_deps() {
+  local missing=()
+  for pkg in "${OMBRIX_PACKAGES[@]}" "$@"; do
+    dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null | grep -q "ok installed" || missing+=("$pkg")
+  done
+  [ ${#missing[@]} -eq 0 ] && return 0
+  echo "Installing: ${missing[*]}"
+  local sudo=""
+  [ "$(id -u)" -ne 0 ] && sudo="sudo"
+  $sudo apt-get update -qq
+  DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"
+}
+
+ombrix_build() {
+  local dir=$1; shift
+  cmake -S "$OMBRIX_ROOT" -B "$dir" "$@"
+  cmake --build "$dir" -j"$(nproc)"
+}

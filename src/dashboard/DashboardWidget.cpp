@@ -1,0 +1,85 @@
+#include "DashboardWidget.h"
+
+#include <QJsonArray>
+
+DashboardWidget::DashboardWidget(QWidget *parent)
+    : QWidget(parent)
+{
+}
+
+QSize DashboardWidget::minimumDesignSize() const
+{
+    return sizeHint().expandedTo(QSize(80, 60));
+}
+
+void DashboardWidget::setValueForSignal(const QString &name, double value)
+{
+    Q_UNUSED(name);
+    setValue(value);
+}
+
+void DashboardWidget::setValueForSignalAt(const QString &name, double value, double tSec)
+{
+    Q_UNUSED(tSec);
+    setValueForSignal(name, value);
+}
+
+bool DashboardWidget::supportsMultipleSignals() const
+{
+    return false;
+}
+
+bool DashboardWidget::usesSignals() const
+{
+    return true;
+}
+
+QString DashboardWidget::primarySignal() const
+{
+    return m_signals.isEmpty() ? QString() : m_signals.first();
+}
+
+QStringList DashboardWidget::signalNames() const
+{
+    return m_signals;
+}
+
+void DashboardWidget::setSignalName(const QString &name)
+{
+    m_signals = QStringList{name};
+}
+
+void DashboardWidget::setSignalNames(const QStringList &names)
+{
+    m_signals = names;
+}
+
+void DashboardWidget::loadConfig(const QJsonObject &config)
+{
+    const QJsonValue value = config.value(QLatin1String("signals"));
+    if (!value.isArray())
+        return;
+    QStringList names;
+    for (const QJsonValue &element : value.toArray()) {
+        if (element.isString())
+            names.append(element.toString());
+    }
+    m_signals = names;
+}
+
+QJsonObject DashboardWidget::saveConfig() const
+{
+    QJsonObject config;
+    config.insert(QLatin1String("signals"), QJsonArray::fromStringList(m_signals));
+    return config;
+}
+
+void DashboardWidget::buildConfigForm(QFormLayout *form, QWidget *parent)
+{
+    Q_UNUSED(form);
+    Q_UNUSED(parent);
+}
+
+void DashboardWidget::applyConfigForm()
+{
+}

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QSize>
+#include <QStringList>
+#include <QWidget>
+
+QT_BEGIN_NAMESPACE
+class QFormLayout;
+QT_END_NAMESPACE
+
+// Abstract base of everything that can be placed on the dashboard. It owns the
+// list of bound signal names and carries the widget's settings to and from a
+// flat JSON object; it knows nothing of the scene that hosts it.
+class DashboardWidget : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit DashboardWidget(QWidget *parent = nullptr);
+
+    // The smallest size the hosting item may take.
+    virtual QSize minimumDesignSize() const;
+    virtual void setValue(double value) = 0;
+    // The registry type name; restoring a layout relies on it.
+    virtual QString typeName() const = 0;
+    virtual void setValueForSignal(const QString &name, double value);
+    // Every live and played-back value arrives here; tSec is seconds.
+    virtual void setValueForSignalAt(const QString &name, double value, double tSec);
+    virtual bool supportsMultipleSignals() const;
+    virtual bool usesSignals() const;
+    virtual QString primarySignal() const;
+    virtual QStringList signalNames() const;
+    virtual void setSignalName(const QString &name);
+    virtual void setSignalNames(const QStringList &names);
+    virtual void loadConfig(const QJsonObject &config);
+    virtual QJsonObject saveConfig() const;
+    // Adds the widget's own rows; editors are parented to `parent` and kept
+    // in QPointers, since the dialog may be gone before applyConfigForm().
+    virtual void buildConfigForm(QFormLayout *form, QWidget *parent);
+    virtual void applyConfigForm();
+
+protected:
+    QStringList m_signals;
+};

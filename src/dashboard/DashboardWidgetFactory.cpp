@@ -1,0 +1,53 @@
+#include "DashboardWidgetFactory.h"
+
+#include "DashboardWidget.h"
+
+DashboardWidgetFactory &DashboardWidgetFactory::instance()
+{
+    static DashboardWidgetFactory factory;
+    return factory;
+}
+
+DashboardWidgetFactory::DashboardWidgetFactory()
+    : m_entries(8)
+{
+    m_entries.max_load_factor(1.0f);
+}
+
+void DashboardWidgetFactory::registerType(const QString &typeName, Creator creator, const QIcon &icon)
+{
+    if (!m_entries.count(typeName))
+        m_order.append(typeName);
+    m_entries[typeName] = Entry{std::move(creator), icon};
+}
+
+DashboardWidget *DashboardWidgetFactory::create(const QString &typeName) const
+{
+    const auto it = m_entries.find(typeName);
+    return it == m_entries.end() ? nullptr : it->second.creator();
+}
+
+QIcon DashboardWidgetFactory::iconFor(const QString &typeName) const
+{
+    const auto it = m_entries.find(typeName);
+    return it == m_entries.end() ? QIcon(QStringLiteral(":/icons/default.png")) : it->second.icon;
+}
+
+bool DashboardWidgetFactory::contains(const QString &typeName) const
+{
+    return m_entries.count(typeName) != 0;
+}
+
+namespace {
+template<typename W>
+DashboardWidget *make()
+{
+    return new W;
+}
+} // namespace
+
+void DashboardWidgetFactory::registerBuiltInTypes()
+{
+    // Rows in palette order; each widget type adds its row here as it lands:
+    // registerType(QStringLiteral("AnalogGauge"), make<AnalogGaugeWidget>, QIcon(QStringLiteral(":/icons/gauge.png")));
+}

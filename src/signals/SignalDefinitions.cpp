@@ -1,0 +1,200 @@
+#include "SignalDefinitions.h"
+
+#include <QFile>
+#include <QRegularExpression>
+#include <QTextStream>
+
+namespace {
+
+const SignalDefinitions *s_current = nullptr;
+
+struct Patterns
+{
+    QRegularExpression mapping{QStringLiteral(
+        R"re(^\s*DASHBOARD_MAPPING\s*\(\s*(\w+)\s*,\s*(-?\d+\.?\d*)\s*,\s*(-?\d+\.?\d*)\s*\))re")};
+    QRegularExpression signal{QStringLiteral(
+        R"re(^\s*DASHBOARD_SIGNAL\s*\(\s*(\w+)\s*,\s*"([^"]+)"\s*,\s*(\w+)\s*\))re")};
+    QRegularExpression stateGroup{QStringLiteral(
+        R"re(^\s*DASHBOARD_STATE_GROUP\s*\(\s*(\w+)\s*,\s*"([^"]+)"\s*\))re")};
+    QRegularExpression state{QStringLiteral(
+        R"re(^\s*DASHBOARD_STATE\s*\(\s*(\w+)\s*,\s*(\w+)\s*,\s*"([^"]+)"\s*\))re")};
+    QRegularExpression error{QStringLiteral(
+        R"re(^\s*DASHBOARD_ERROR\s*\(\s*(\w+)\s*,\s*(-?\d+)\s*,\s*"([^"]+)"\s*\))re")};
+};
+
+const Patterns &patterns()
+{
+    static const Patterns p;
+    return p;
+}
+
+} // namespace
+
+SignalDefinitions::SignalDefinitions(const QString &path)
+{
+    load(path);
+}
+
+void SignalDefinitions::clear()
+{
+    m_lastError.clear();
+    m_mappings.clear();
+    m_signals.clear();
+    m_mappingByName.clear();
+    m_stateGroups.clear();
+    m_states.clear();
+    m_groupIndex.clear();
+    m_statesByGroup.clear();
+    m_stateIndex.clear();
+    m_errors.clear();
+    m_errorIndexByName.clear();
+    m_errorIndexByCode.clear();
+}
+
+bool SignalDefinitions::load(const QString &path)
+{
+    clear();
+    m_path = path;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        m_lastError = QStringLiteral("Could not open file: %1").arg(path);
+        return false;
+    }
+    QTextStream in(&file);
+    QString line;
+    while (in.readLineInto(&line))
+        parseLine(line.trimmed());
+    return true;
+}
+
+void SignalDefinitions::parseLine(const QString &line)
+{
+    if (line.isEmpty() || line.startsWith(QLatin1String("//")) || line.startsWith(QLatin1String("/*")))
+        return;
+    const Patterns &p = patterns();
+
+    if (const auto m = p.mapping.match(line); m.hasMatch()) {
+        const SignalMapping mapping{m.captured(1), m.captured(2).toDouble(), m.captured(3).toDouble()};
+        m_mappings.append(mapping);
+        m_mappingByName.insert(mapping.name, mapping);
+    } else if (const auto m = p.signal.match(line); m.hasMatch()) {
+        m_signals.append(SignalDef{m.captured(1), m.captured(2), m.captured(3), 0.0, 0.0});
+    } else if (const auto m = p.stateGroup.match(line); m.hasMatch()) {
+        addStateGroup(m.captured(1), m.captured(2));
+    } else if (const auto m = p.state.match(line); m.hasMatch()) {
+        const QString groupId = m.captured(1);
+        if (!m_groupIndex.contains(groupId))
+            addStateGroup(groupId, groupId); // a state may come before its group line
+        const QString key = stateKey(groupId, m.captured(2));
+        const int position = int(m_states.size());
+        m_states.append(StateDef{groupId, m.captured(2), m.captured(3), key});
+        m_statesByGroup[groupId].append(position);
+        m_stateIndex.insert(key, position);
+    } else if (const auto m = p.error.match(line); m.hasMatch()) {
+        const int position = int(m_errors.size());
+        m_errors.append(ErrorDef{m.captured(1), m.captured(2).toInt(), m.captured(3)});
+        m_errorIndexByName.insert(m_errors.last().name, position);
+        m_errorIndexByCode.insert(m_errors.last().code, position);
+    }
+}
+
+void SignalDefinitions::addStateGroup(const QString &id, const QString &label)
+{
+    m_groupIndex.insert(id, int(m_stateGroups.size()));
+    m_stateGroups.append(StateGroupDef{id, label});
+}
+
+std::optional<SignalDef> SignalDefinitions::signalFor(const QString &name) const
+{
+    for (const SignalDef &def : m_signals) {
+        if (def.name == name)
+            return def;
+    }
+    return std::nullopt;
+}
+
+std::optional<SignalMapping> SignalDefinitions::mappingFor(const QString &name) const
+{
+    // The first line wins here, while mappingByName() holds the last one.
+    for (const SignalMapping &mapping : m_mappings) {
+        if (mapping.name == name)
+            return mapping;
+    }
+    return std::nullopt;
+}
+
+std::optional<StateGroupDef> SignalDefinitions::stateGroupFor(const QString &groupId) const
+{
+    const auto it = m_groupIndex.constFind(groupId);
+    if (it == m_groupIndex.cend())
+        return std::nullopt;
+    return m_stateGroups.at(*it);
+}
+
+std::optional<StateDef> SignalDefinitions::stateFor(const QString &groupId, const QString &stateId) const
+{
+    const auto it = m_stateIndex.constFind(stateKey(groupId, stateId));
+    if (it == m_stateIndex.cend())
+        return std::nullopt;
+    return m_states.at(*it);
+}
+
+std::optional<ErrorDef> SignalDefinitions::errorFor(const QString &name) const
+{
+    const auto it = m_errorIndexByName.constFind(name);
+    if (it == m_errorIndexByName.cend())
+        return std::nullopt;
+    return m_errors.at(*it);
+}
+
+std::optional<ErrorDef> SignalDefinitions::errorForCode(int code) const
+{
+    const auto it = m_errorIndexByCode.constFind(code);
+    if (it == m_errorIndexByCode.cend())
+        return std::nullopt;
+    return m_errors.at(*it);
+}
+
+QStringList SignalDefinitions::stateGroupIds() const
+{
+    QStringList ids;
+    ids.reserve(m_stateGroups.size());
+    for (const StateGroupDef &group : m_stateGroups)
+        ids.append(group.id);
+    return ids;
+}
+
+QString SignalDefinitions::displayNameFor(const QString &name) const
+{
+    const auto def = signalFor(name);
+    return def ? def->displayName() : name;
+}
+
+double SignalDefinitions::mapped(const QString &name, double raw) const
+{
+    const auto mapping = mappingFor(name);
+    return mapping ? mapping->apply(raw) : raw;
+}
+
+QList<StateDef> SignalDefinitions::statesOf(const QString &groupId) const
+{
+    QList<StateDef> result;
+    for (int position : m_statesByGroup.value(groupId))
+        result.append(m_states.at(position));
+    return result;
+}
+
+QString SignalDefinitions::stateKey(const QString &groupId, const QString &stateId)
+{
+    return QStringLiteral("ST_%1_%2").arg(groupId, stateId);
+}
+
+const SignalDefinitions *SignalDefinitions::current()
+{
+    return s_current;
+}
+
+void SignalDefinitions::setCurrent(const SignalDefinitions *defs)
+{
+    s_current = defs;
+}

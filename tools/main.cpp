@@ -1,0 +1,64 @@
+// ombrix-cli: the command-line companion of the dashboard, for unattended work.
+#include <QCoreApplication>
+#include <QStringList>
+#include <QTextStream>
+
+#include <cstdio>
+#include <functional>
+#include <map>
+
+namespace {
+
+using Command = std::function<int(const QStringList &)>;
+
+const std::map<QString, Command> &commands()
+{
+    static const std::map<QString, Command> table = {
+        // {QStringLiteral("simulate"), &SimulateCommand::run},
+    };
+    return table;
+}
+
+QString usage()
+{
+    return QStringLiteral(
+        "Usage: ombrix-cli <command> [options]\n"
+        "\n"
+        "Commands:\n"
+        "  simulate        stream a simulated device on a pseudo-terminal\n"
+        "  record          record a serial port into a project's recordings folder\n"
+        "  info            summarise a recording\n"
+        "  export-signals  export a recording's signal values as CSV\n"
+        "  export-events   export a recording's states, errors and messages as CSV\n"
+        "\n"
+        "Run 'ombrix-cli <command> --help' for the options of a command.\n");
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication::setOrganizationName(QStringLiteral("Tarnwell"));
+    QCoreApplication::setOrganizationDomain(QStringLiteral("tarnwell.example"));
+    QCoreApplication::setApplicationName(QStringLiteral("ombrix-cli"));
+    QCoreApplication app(argc, argv);
+
+    QStringList args = app.arguments();
+    QTextStream err(stderr);
+    if (args.size() < 2) {
+        err << "ombrix-cli: no command given\n" << usage();
+        return 2;
+    }
+    const QString name = args.at(1);
+    if (name == QLatin1String("--help") || name == QLatin1String("-h") || name == QLatin1String("help")) {
+        QTextStream(stdout) << usage();
+        return 0;
+    }
+    const auto it = commands().find(name);
+    if (it == commands().end()) {
+        err << "ombrix-cli: unknown command '" << name << "'\n" << usage();
+        return 2;
+    }
+    args.removeAt(1); // the command sees "ombrix-cli <options>"
+    return it->second(args);
+}
