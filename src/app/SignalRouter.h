@@ -1,0 +1,113 @@
+#pragma once
+
+#include <QHash>
+#include <QList>
+#include <QMap>
+#include <QObject>
+#include <QPointer>
+#include <QString>
+
+QT_BEGIN_NAMESPACE
+class QGraphicsScene;
+QT_END_NAMESPACE
+
+class DashboardWidget;
+class ErrorConsoleWidget;
+class MessagesConsoleWidget;
+class SignalDefinitions;
+class StateIndicatorWidget;
+
+/**
+ * Fans live and played-back data out to the widgets on a scene.
+ *
+ * Only widgets hosted by top-level DashboardItems take part. A widget receives
+ * a value when one of its bound names, cut at the first ':' and trimmed,
+ * equals the signal name; the first such entry wins, so a widget gets each
+ * value once, through setValueForSignalAt(name, value, tSec).
+ *
+ * The name -> widgets index is cached. It is rebuilt when invalidate() was
+ * called, when the scene's item count changed, or when an indexed widget was
+ * destroyed. Call invalidate() after changing an item's bindings or
+ * configuration (a state indicator's group is read at delivery time and
+ * needs no invalidation).
+ *
+ * Widgets that want a frame delivered with one repaint may expose invokable
+ * beginBatch()/endBatch() methods (slots or Q_INVOKABLE); routeValues()
+ * brackets a frame with them.
+ *
+ * The router neither owns the scene nor the catalogue.
+ */
+class SignalRouter : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit SignalRouter(QGraphicsScene *scene, QObject *parent = nullptr);
+
+    /// The catalogue in force (recording-specific or current); may be null.
+    void setDefinitions(const SignalDefinitions *defs);
+    const SignalDefinitions *definitions() const { return m_defs; }
+
+    /// Drops the cached index; the next delivery rebuilds it.
+    void invalidate();
+
+    /// physical = raw * scale + offset when the signal is declared with a
+    /// mapping, else raw unchanged.
+    double mappedValue(const QString &name, double raw) const;
+    /// The error's description when declared and non-empty, else the id.
+    QString errorText(const QString &errorId) const;
+    /// `label` when non-empty, else the state's label from the catalogue,
+    /// else empty (the indicator then shows the state id).
+    QString stateLabel(const QString &groupId, const QString &stateId,
+                       const QString &label = QString()) const;
+
+    /// Maps one raw value and hands it to every widget bound to `name`.
+    void routeValue(const QString &name, double raw, double tSec);
+    /// A whole line or frame: every value mapped and delivered, each batching
+    /// widget repainted once at the end.
+    void routeValues(const QMap<QString, double> &values, double tSec);
+    /// To every state indicator whose group equals `groupId`; an empty label
+    /// is looked up in the catalogue.
+    void routeState(const QString &groupId, const QString &stateId,
+                    const QString &label = QString());
+    /// To every error console, with the text from errorText().
+    void routeError(double tSec, const QString &errorId);
+    /// To every messages console.
+    void routeMessage(double tSec, const QString &text);
+    void clearErrors();
+    void clearMessages();
+
+    /// Widgets of every top-level DashboardItem, in scene order.
+    QList<DashboardWidget *> dashboardWidgets() const;
+    /// Those whose typeName() equals `typeName` (e.g. "TrendPlot").
+    QList<DashboardWidget *> widgetsOfType(const QString &typeName) const;
+    /// Widgets bound to `name` (cached index).
+    QList<DashboardWidget *> widgetsForSignal(const QString &name);
+    QList<StateIndicatorWidget *> stateIndicators();
+    QList<ErrorConsoleWidget *> errorConsoles();
+    QList<MessagesConsoleWidget *> messagesConsoles();
+
+    /// The bound name as routing compares it: cut at the first ':' and trimmed.
+    static QString routingName(const QString &boundName);
+
+private:
+    struct Target
+    {
+        QPointer<DashboardWidget> widget;
+        bool batches = false;
+    };
+
+    void ensureIndex();
+    void rebuildIndex();
+    void deliver(const QString &name, double value, double tSec);
+
+    QPointer<QGraphicsScene> m_scene;
+    const SignalDefinitions *m_defs = nullptr;
+    bool m_dirty = true;
+    qsizetype m_itemCount = -1;
+    QHash<QString, QList<Target>> m_bySignal;
+    QList<QPointer<StateIndicatorWidget>> m_stateIndicators;
+    QList<QPointer<ErrorConsoleWidget>> m_errorConsoles;
+    QList<QPointer<MessagesConsoleWidget>> m_messagesConsoles;
+    QList<Target> m_batching;
+};
