@@ -1,0 +1,65 @@
+#pragma once
+
+#include <QList>
+#include <QMap>
+#include <QString>
+#include <QStringList>
+#include <QStringView>
+
+// One state or error report of a line, in the order its token stood.
+struct LineEvent
+{
+    enum Kind { State, Error };
+    Kind kind = State;
+    QString groupId; // State only
+    QString id;      // State: the state id; Error: the error name
+};
+
+// Everything one line of the device's protocol carries.
+struct ParsedLine
+{
+    double timestamp = 0.0;        // the line's own leading number, or the default
+    bool ownTimestamp = false;     // true when the first token was a number
+    QString line;                  // the whole trimmed line
+    QList<LineEvent> events;       // states and errors in token order
+    QMap<QString, double> values;  // a repeated key keeps the last value
+    QStringList unrecognized;      // words for unrecognizedParsed, in order
+
+    void clear();
+    // The unrecognised words joined with one space, as unrecognizedParsed carries them.
+    QString unrecognizedText() const { return unrecognized.join(QLatin1Char(' ')); }
+};
+
+// The wire grammar of one line: white-space separated tokens, an optional
+// leading number as the line's time stamp, then KEY=VALUE pairs where
+// ST_<group>=<state> is a state, ERR=<name> an error, and any other key with
+// a numeric value a signal value. Words without "=" (or starting with it) are
+// unrecognised; a non-numeric value is dropped silently.
+//
+// Keys and ids are interned per thread, so a steady stream of the same names
+// costs no string allocations.
+class LineParser
+{
+public:
+    // False (and nothing to emit) for an empty line or a line without tokens.
+    static bool parse(QStringView trimmedLine, double defaultTimestamp, ParsedLine &out);
+    // Same, sharing the caller's string as out.line instead of copying it.
+    static bool parse(const QString &trimmedLine, double defaultTimestamp, ParsedLine &out);
+
+    // The token rules alone (states, errors, values, unrecognised words),
+    // applied to every token of text, from its start. Appends to out.
+    static void parseTokens(QStringView text, ParsedLine &out);
+    // The token rules for a single token (no white space in it). Appends to out.
+    static void parseToken(QStringView token, ParsedLine &out);
+
+    // The next token of text at or after pos, or a null view when none is
+    // left; pos moves past the token.
+    static QStringView nextToken(QStringView text, qsizetype &pos);
+    // The characters that separate tokens: those of the pattern \s
+    // (tab, line feed, vertical tab, form feed, carriage return, space).
+    static bool isSeparator(QChar c)
+    {
+        const char16_t u = c.unicode();
+        return u == u' ' || (u >= u'\t' && u <= u'\r');
+    }
+};
