@@ -2,6 +2,8 @@
 
 #include "PlaybackFrame.h"
 
+#include <QList>
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
@@ -33,4 +35,46 @@ public:
 
     // "<dir>/<complete base name>.signals.h" beside a recording.
     static QString companionPathFor(const QString &recordingPath);
+
+    // Fast access for the playback engine: frame indices, per-kind event
+    // lists sorted by frame, and the strings they point to.
+    struct StateEntry
+    {
+        int frame = 0;
+        int group = 0; // index into words()
+        int state = 0; // index into words()
+    };
+    struct IdEntry
+    {
+        int frame = 0;
+        int id = 0; // errors: index into words(); messages: into messages()
+    };
+
+    // The first frame whose time is at or after t (frameCount() when none).
+    int indexAtOrAfter(double t) const;
+    QMap<QString, double> valuesAt(int index) const;
+    const QList<StateEntry> &stateEntries() const { return m_states; }
+    const QList<IdEntry> &errorEntries() const { return m_errors; }
+    const QList<IdEntry> &messageEntries() const { return m_messages; }
+    const QStringList &words() const { return m_words; }
+    const QStringList &messages() const { return m_messageTexts; }
+    // Entries of frames 0 .. lastFrame: the length of the matching prefix.
+    static int countUpTo(const QList<StateEntry> &entries, int lastFrame);
+    static int countUpTo(const QList<IdEntry> &entries, int lastFrame);
+
+private:
+    friend class RecordingLoader;
+
+    QString m_path;
+    QString m_errorString;
+    QList<double> m_times;           // per frame, ascending
+    QList<int> m_valueBegin;         // per frame + 1: range into the value arrays
+    QList<int> m_valueNames;         // index into m_names
+    QList<double> m_values;
+    QStringList m_names;             // signal names in order of first use
+    QList<StateEntry> m_states;      // sorted by frame, file order within
+    QList<IdEntry> m_errors;
+    QList<IdEntry> m_messages;
+    QStringList m_words;             // interned group, state and error ids
+    QStringList m_messageTexts;
 };

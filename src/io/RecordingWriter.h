@@ -1,0 +1,79 @@
+#pragma once
+
+#include <QByteArray>
+#include <QElapsedTimer>
+#include <QMap>
+#include <QObject>
+#include <QString>
+
+#include <memory>
+
+QT_BEGIN_NAMESPACE
+class QDateTime;
+class QFile;
+class QTimer;
+QT_END_NAMESPACE
+
+/**
+ * Writes a recording: one line per event, each stamped with its time in
+ * seconds relative to the first event written (which fixes the origin):
+ *
+ *   0.250000 A=1.5 B=2        values, ascending by name, 'g' 12
+ *   0.300000 ERR=E_OVERHEAT   error
+ *   0.300000 ST_MODE=RUN      state
+ *   0.400000 RAWhello world   message: " RAW" directly followed by the text
+ *
+ * Lines are collected in memory and handed to the operating system at least
+ * once a second (and on stop), so a crash loses at most the last second
+ * while recording stays cheap at any line rate.
+ */
+class RecordingWriter : public QObject
+{
+    Q_OBJECT
+
+public:
+    static constexpr int FlushIntervalMs = 1000;
+
+    explicit RecordingWriter(QObject *parent = nullptr);
+    ~RecordingWriter() override;
+
+    /// Creates <projectDir>/recordings, a new log_yyyyMMdd_HHmmss.rec named
+    /// after the local time (never overwriting an existing file), and the
+    /// companion copy of definitionsPath beside it. False with errorString()
+    /// set when already recording or the file cannot be created; a missing
+    /// definitions file only leaves the companion out.
+    bool start(const QString &projectDir, const QString &definitionsPath);
+    /// Writes what is pending and closes the file.
+    void stop();
+    bool isRecording() const;
+    QString filePath() const { return m_filePath; }
+    QString errorString() const { return m_errorString; }
+    qint64 linesWritten() const { return m_linesWritten; }
+
+    void appendValues(double t, const QMap<QString, double> &values);
+    void appendState(double t, const QString &group, const QString &state);
+    void appendError(double t, const QString &id);
+    void appendMessage(double t, const QString &text);
+
+    /// Hands every pending line to the operating system.
+    void flush();
+
+    /// "log_yyyyMMdd_HHmmss.rec" for a local start time.
+    static QString fileNameFor(const QDateTime &localStart);
+
+private:
+    QString uniquePathIn(const QString &dir) const;
+    void copyDefinitions(const QString &definitionsPath);
+    void beginLine(double t);
+    void endLine();
+
+    std::unique_ptr<QFile> m_file;
+    QTimer *m_flushTimer = nullptr;
+    QElapsedTimer m_sinceFlush;
+    QByteArray m_buffer;
+    QString m_filePath;
+    QString m_errorString;
+    double m_origin = 0.0;
+    bool m_originSet = false;
+    qint64 m_linesWritten = 0;
+};
