@@ -1,0 +1,77 @@
+#include "StartupOptions.h"
+
+#include "Ombrix.h"
+
+#include <QCommandLineParser>
+#include <QFileInfo>
+
+namespace {
+
+const QString kProject = QStringLiteral("project");
+const QString kDef = QStringLiteral("def");
+const QString kLayout = QStringLiteral("layout");
+const QString kPort = QStringLiteral("port");
+const QString kBaud = QStringLiteral("baud");
+
+} // namespace
+
+void StartupOptions::addOptions(QCommandLineParser &parser)
+{
+    parser.addHelpOption();
+    parser.addOption({{QStringLiteral("p"), kProject}, QStringLiteral("Project directory."), QStringLiteral("dir")});
+    parser.addOption({{QStringLiteral("d"), kDef}, QStringLiteral("Path to dashboard_signals.def."),
+                      QStringLiteral("file")});
+    parser.addOption({kLayout, QStringLiteral("Layout file to load once the project is open."),
+                      QStringLiteral("file")});
+    parser.addOption({kPort, QStringLiteral("Serial port (name or device path) to connect at start."),
+                      QStringLiteral("name")});
+    parser.addOption({kBaud, QStringLiteral("Baud rate for --port (default 115200)."), QStringLiteral("rate"),
+                      QStringLiteral("115200")});
+}
+
+bool StartupOptions::fromParser(const QCommandLineParser &parser, StartupOptions *options, QString *error)
+{
+    StartupOptions result;
+    result.projectDir = parser.value(kProject);
+    result.defPath = parser.value(kDef);
+    result.layoutPath = parser.value(kLayout);
+    result.portName = parser.value(kPort);
+
+    bool ok = false;
+    const QString baud = parser.value(kBaud);
+    result.baudRate = baud.toInt(&ok);
+    if (!ok || result.baudRate <= 0) {
+        if (error)
+            *error = QStringLiteral("Invalid baud rate: %1").arg(baud);
+        return false;
+    }
+    *options = result;
+    return true;
+}
+
+bool StartupOptions::fromArguments(const QStringList &arguments, StartupOptions *options, QString *error)
+{
+    QCommandLineParser parser;
+    addOptions(parser);
+    if (!parser.parse(arguments)) {
+        if (error)
+            *error = parser.errorText();
+        return false;
+    }
+    return fromParser(parser, options, error);
+}
+
+void StartupOptions::applyTo(Ombrix &window) const
+{
+    if (!projectDir.isEmpty()) {
+        // A project that fails is not replaced by anything else.
+        window.setProjectDir(projectDir);
+    } else if (!defPath.isEmpty()) {
+        // The named file wins over the folder's own definitions, loaded just before.
+        window.setProjectDir(QFileInfo(defPath).absolutePath());
+        window.loadDefinitions(defPath);
+        window.ensureProjectSubfolders();
+    } else {
+        window.restoreProjectOrPrompt();
+    }
+}

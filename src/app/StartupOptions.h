@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+QT_BEGIN_NAMESPACE
+class QCommandLineParser;
+QT_END_NAMESPACE
+
+class Ombrix;
+
+// What the command line asks for at start-up, and the start-up sequence that
+// applies it to the main window. main() only builds the application around it.
+struct StartupOptions
+{
+    QString projectDir;   // "project": takes precedence over "def"
+    QString defPath;      // "def": a definition file, its folder tried as project
+    QString layoutPath;   // "layout": loaded once the project is settled
+    QString portName;     // "port": opened at start
+    int baudRate = 115200;
+
+    // Adds help and every option of ours to the parser.
+    static void addOptions(QCommandLineParser &parser);
+    // Reads the processed parser; false with a message for a bad value.
+    static bool fromParser(const QCommandLineParser &parser, StartupOptions *options, QString *error);
+    // Parses a complete argument list (program name first), for tests and tools.
+    static bool fromArguments(const QStringList &arguments, StartupOptions *options, QString *error);
+
+    // Settles the project (project, else def, else remembered folder or
+    // prompt), then loads the layout and opens the port when asked.
+    void applyTo(Ombrix &window) const;
+};

@@ -1,0 +1,39 @@
+#include "UserPrompts.h"
+
+#include "ProjectIntroDialog.h"
+
+#include <QFileDialog>
+#include <QMessageBox>
+
+void UserPrompts::warning(QWidget *parent, const QString &title, const QString &text)
+{
+    QMessageBox::warning(parent, title, text, QMessageBox::Ok);
+}
+
+void UserPrompts::information(QWidget *parent, const QString &title, const QString &text)
+{
+    QMessageBox::information(parent, title, text, QMessageBox::Ok);
+}
+
+QString UserPrompts::openFileName(QWidget *parent, const QString &caption, const QString &dir,
+                                  const QString &filter)
+{
+    return QFileDialog::getOpenFileName(parent, caption, dir, filter);
+}
+
+QString UserPrompts::saveFileName(QWidget *parent, const QString &caption, const QString &dir,
+                                  const QString &filter)
+{
+    return QFileDialog::getSaveFileName(parent, caption, dir, filter);
+}
+
+QString UserPrompts::existingDirectory(QWidget *parent, const QString &caption, const QString &dir)
+{
+    return QFileDialog::getExistingDirectory(parent, caption, dir, QFileDialog::ShowDirsOnly);
+}
+
+bool UserPrompts::acceptProjectIntro(QWidget *parent)
+{
+    ProjectIntroDialog dialog(parent);
+    return dialog.exec() == QDialog::Accepted;
+}

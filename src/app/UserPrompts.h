@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QString>
+
+QT_BEGIN_NAMESPACE
+class QWidget;
+QT_END_NAMESPACE
+
+// Every modal question the main window asks goes through here, so that tests
+// and scripted runs can answer instead of a user. The defaults show the real
+// message boxes and file dialogs.
+class UserPrompts
+{
+public:
+    virtual ~UserPrompts() = default;
+
+    virtual void warning(QWidget *parent, const QString &title, const QString &text);
+    virtual void information(QWidget *parent, const QString &title, const QString &text);
+    // Each returns an empty string when the user cancels.
+    virtual QString openFileName(QWidget *parent, const QString &caption, const QString &dir,
+                                 const QString &filter);
+    virtual QString saveFileName(QWidget *parent, const QString &caption, const QString &dir,
+                                 const QString &filter);
+    virtual QString existingDirectory(QWidget *parent, const QString &caption, const QString &dir);
+    // The first-run explanation; false when the user cancels it.
+    virtual bool acceptProjectIntro(QWidget *parent);
+};

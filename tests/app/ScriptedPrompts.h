@@ -1,0 +1,68 @@
+#pragma once
+
+#include "UserPrompts.h"
+
+#include <QList>
+#include <QPair>
+#include <QString>
+#include <QStringList>
+
+// Answers the window's dialogs from queues and records what was shown, so
+// that tests never block in a modal loop.
+class ScriptedPrompts : public UserPrompts
+{
+public:
+    struct Shown
+    {
+        QString title;
+        QString text;
+    };
+
+    QList<Shown> warnings;
+    QList<Shown> informations;
+    QStringList captions;      // every file or folder dialog, in order
+    QStringList fileAnswers;   // answers to file and folder dialogs; empty = cancel
+    QList<bool> introAnswers;  // answers to the intro dialog; none left = cancel
+    int introShown = 0;
+
+    void warning(QWidget *, const QString &title, const QString &text) override
+    {
+        warnings.append({title, text});
+    }
+    void information(QWidget *, const QString &title, const QString &text) override
+    {
+        informations.append({title, text});
+    }
+    QString openFileName(QWidget *, const QString &caption, const QString &, const QString &) override
+    {
+        return answer(caption);
+    }
+    QString saveFileName(QWidget *, const QString &caption, const QString &, const QString &) override
+    {
+        return answer(caption);
+    }
+    QString existingDirectory(QWidget *, const QString &caption, const QString &) override
+    {
+        return answer(caption);
+    }
+    bool acceptProjectIntro(QWidget *) override
+    {
+        ++introShown;
+        return introAnswers.isEmpty() ? false : introAnswers.takeFirst();
+    }
+
+    QStringList warningTexts() const
+    {
+        QStringList texts;
+        for (const Shown &shown : warnings)
+            texts.append(shown.title + QLatin1String(": ") + shown.text);
+        return texts;
+    }
+
+private:
+    QString answer(const QString &caption)
+    {
+        captions.append(caption);
+        return fileAnswers.isEmpty() ? QString() : fileAnswers.takeFirst();
+    }
+};
