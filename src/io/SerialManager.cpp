@@ -1,0 +1,123 @@
+#include "SerialManager.h"
+
+#include <QSerialPortInfo>
+
+SerialManager::SerialManager(QObject *parent)
+    : QObject(parent)
+    , m_port(new QSerialPort(this))
+{
+    connect(m_port, &QSerialPort::readyRead, this, &SerialManager::onReadyRead);
+    connect(m_port, &QSerialPort::errorOccurred, this, &SerialManager::onError);
+}
+
+bool SerialManager::open(const SerialSettings &settings)
+{
+    if (m_port->isOpen())
+        close();
+    m_port->setPortName(settings.portName);
+    m_port->setBaudRate(settings.baudRate, QSerialPort::AllDirections);
+    m_port->setDataBits(QSerialPort::DataBits(settings.dataBits));
+    m_port->setParity(QSerialPort::Parity(settings.parity));
+    m_port->setStopBits(QSerialPort::StopBits(settings.stopBits));
+    m_port->setFlowControl(QSerialPort::FlowControl(settings.flowControl));
+    m_buffer.clear();
+    m_elapsedRunning = false;
+    ++m_generation;
+    if (!m_port->open(QIODevice::ReadOnly)) {
+        Q_EMIT errorOccurred(m_port->errorString());
+        return false;
+    }
+    m_elapsed.start();
+    m_elapsedRunning = true;
+    return true;
+}
+
+void SerialManager::close()
+{
+    ++m_generation;
+    if (m_port->isOpen())
+        m_port->close();
+}
+
+bool SerialManager::isOpen() const
+{
+    return m_port->isOpen();
+}
+
+QString SerialManager::portName() const
+{
+    return m_port->portName();
+}
+
+QStringList SerialManager::availablePorts() const
+{
+    QStringList names;
+    const auto ports = QSerialPortInfo::availablePorts();
+    for (const QSerialPortInfo &info : ports)
+        names.append(info.portName());
+    return names;
+}
+
+void SerialManager::refreshPorts()
+{
+    Q_EMIT portsChanged(availablePorts());
+}
+
+void SerialManager::onReadyRead()
+{
+    processBytes(m_port->readAll());
+}
+
+void SerialManager::onError(QSerialPort::SerialPortError error)
+{
+    if (error == QSerialPort::NoError)
+        return;
+    Q_EMIT errorOccurred(m_port->errorString());
+    // A vanished device keeps failing; close so the owner can offer to reconnect.
+    if (error == QSerialPort::ResourceError && m_port->isOpen()) {
+        const QString name = m_port->portName();
+        close();
+        Q_EMIT portLost(name);
+    }
+}
+
+void SerialManager::processBytes(QByteArrayView bytes)
+{
+    m_buffer.append(bytes);
+    // Lines that arrive together arrive at the same moment.
+    const double defaultTime = defaultTimestamp();
+    const quint64 generation = m_generation;
+    QByteArrayView line;
+    while (generation == m_generation && m_buffer.takeLine(line))
+        processLine(line, defaultTime);
+}
+
+double SerialManager::defaultTimestamp() const
+{
+    return m_elapsedRunning ? double(m_elapsed.elapsed()) / 1000.0 : 0.0;
+}
+
+void SerialManager::processLine(QByteArrayView bytes, double defaultTime)
+{
+    if (bytes.isEmpty())
+        return;
+    const QString text = QString::fromUtf8(bytes).trimmed();
+    if (LineParser::parse(text, defaultTime, m_parsed))
+        emitLine(m_parsed);
+}
+
+void SerialManager::emitLine(const ParsedLine &parsed)
+{
+    const double t = parsed.timestamp;
+    Q_EMIT rawLineReceived(t, parsed.line);
+    for (const LineEvent &event : parsed.events) {
+        if (event.kind == LineEvent::State)
+            Q_EMIT stateParsed(t, event.groupId, event.id);
+        else
+            Q_EMIT errorParsed(t, event.id);
+    }
+    if (!parsed.values.isEmpty())
+        Q_EMIT lineParsed(t, parsed.values);
+    if (!parsed.unrecognized.isEmpty())
+        Q_EMIT unrecognizedParsed(t, parsed.unrecognizedText());
+}
