@@ -1,6 +1,11 @@
 #include "DashboardWidgetFactory.h"
 
+#include "AnalogGaugeWidget.h"
 #include "DashboardWidget.h"
+#include "DigitalDisplayWidget.h"
+#include "ErrorConsoleWidget.h"
+#include "MessagesConsoleWidget.h"
+#include "StateIndicatorWidget.h"
 
 DashboardWidgetFactory &DashboardWidgetFactory::instance()
 {
@@ -48,6 +53,10 @@ DashboardWidget *make()
 
 void DashboardWidgetFactory::registerBuiltInTypes()
 {
-    // Rows in palette order; each widget type adds its row here as it lands:
-    // registerType(QStringLiteral("AnalogGauge"), make<AnalogGaugeWidget>, QIcon(QStringLiteral(":/icons/gauge.png")));
+    // Rows in palette order; each widget type adds its row here as it lands.
+    registerType(QStringLiteral("AnalogGauge"), make<AnalogGaugeWidget>, QIcon(QStringLiteral(":/icons/gauge.png")));
+    registerType(QStringLiteral("DigitalDisplay"), make<DigitalDisplayWidget>, QIcon(QStringLiteral(":/icons/display.png")));
+    registerType(QStringLiteral("StateIndicator"), make<StateIndicatorWidget>, QIcon(QStringLiteral(":/icons/state.png")));
+    registerType(QStringLiteral("ErrorConsole"), make<ErrorConsoleWidget>, QIcon(QStringLiteral(":/icons/error_console.png")));
+    registerType(QStringLiteral("MessagesConsole"), make<MessagesConsoleWidget>, QIcon(QStringLiteral(":/icons/message-console.png")));
 }
