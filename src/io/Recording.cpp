@@ -1,0 +1,358 @@
+#include "Recording.h"
+
+#include "LineParser.h"
+#include "NumberParser.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QHash>
+#include <QStringView>
+
+#include <algorithm>
+#include <cmath>
+
+/*
+ * Reading a recording, line by line (a line ends with a line feed):
+ *
+ * - The line is trimmed; empty lines and lines starting with "#" are skipped.
+ *   A last line without its line feed (the writer was cut off, e.g. by a
+ *   crash) is skipped as well, since it may be incomplete.
+ * - The first token is the time; a line whose first token is not a finite
+ *   number is skipped.
+ * - A second token that is exactly "RAW" makes the remaining tokens, joined
+ *   with single spaces, the line's message (the form a person would write).
+ * - A second token that starts with "RAW" and has no "=" or its first "="
+ *   right after "RAW" ("RAWhello", "RAW=5") is a message as the writer puts
+ *   it: the message is the line's text after "RAW". A live message never
+ *   starts with a key=value word, since such words are values, states or
+ *   errors, so this never hides one.
+ * - Anything else is read with the device's token rules: ST_<group>=<state>
+ *   is a state, ERR=<id> an error, any other key with a numeric value a
+ *   value; words that fit no rule are ignored.
+ * - Consecutive lines with the same time form one frame: a later value of
+ *   the same signal overwrites, events append in file order. A time that
+ *   goes backwards (a device that restarted its clock) is held at the
+ *   previous time, so that frames stay in file order and ascending.
+ */
+
+namespace {
+constexpr qint64 ChunkBytes = 4 * 1024 * 1024;
+const QChar Bom(0xFEFF);
+}
+
+class RecordingLoader
+{
+public:
+    explicit RecordingLoader(Recording &target) : r(target) { }
+
+    void reserveFor(qint64 fileBytes);
+    void addLine(QStringView line);
+    void finish();
+
+private:
+    void beginFrame(double t);
+    void addMessage(QString text);
+    void addToken(QStringView token);
+    void setValue(int name, double value);
+    int internName(QStringView name);
+    int internWord(QStringView word);
+
+    Recording &r;
+    QHash<QStringView, int> m_nameIndex; // views into r.m_names
+    QHash<QStringView, int> m_wordIndex; // views into r.m_words
+};
+
+void RecordingLoader::reserveFor(qint64 fileBytes)
+{
+    // A typical line is 40-80 bytes with a few values; squeezed at the end.
+    const qint64 lines = fileBytes / 48 + 16;
+    r.m_times.reserve(lines);
+    r.m_valueBegin.reserve(lines + 1);
+    r.m_valueNames.reserve(lines * 3);
+    r.m_values.reserve(lines * 3);
+}
+
+void RecordingLoader::addLine(QStringView line)
+{
+    line = line.trimmed();
+    if (line.isEmpty() || line.startsWith(u'#'))
+        return;
+    qsizetype pos = 0;
+    const QStringView first = LineParser::nextToken(line, pos);
+    bool ok = false;
+    const double t = NumberParser::toDouble(first, &ok);
+    if (!ok || !std::isfinite(t))
+        return;
+    beginFrame(t);
+
+    const QStringView second = LineParser::nextToken(line, pos);
+    if (second.isNull())
+        return;
+    if (second == u"RAW") {
+        QStringList words;
+        for (QStringView w = LineParser::nextToken(line, pos); !w.isNull(); w = LineParser::nextToken(line, pos))
+            words.append(w.toString());
+        addMessage(words.join(QLatin1Char(' ')));
+        return;
+    }
+    if (second.startsWith(u"RAW")) {
+        const qsizetype equals = second.indexOf(u'=');
+        if (equals < 0 || equals == 3) {
+            const qsizetype textStart = (second.data() - line.data()) + 3;
+            addMessage(line.sliced(textStart).toString());
+            return;
+        }
+    }
+    addToken(second);
+    for (QStringView token = LineParser::nextToken(line, pos); !token.isNull(); token = LineParser::nextToken(line, pos))
+        addToken(token);
+}
+
+void RecordingLoader::beginFrame(double t)
+{
+    if (!r.m_times.isEmpty()) {
+        const double last = r.m_times.constLast();
+        if (t <= last)
+            return; // same time (or backwards): the line joins the last frame
+    }
+    r.m_times.append(t);
+    if (r.m_valueBegin.isEmpty())
+        r.m_valueBegin.append(0);
+    r.m_valueBegin.append(int(r.m_values.size()));
+}
+
+void RecordingLoader::addMessage(QString text)
+{
+    const int frame = int(r.m_times.size()) - 1;
+    r.m_messages.append({frame, int(r.m_messageTexts.size())});
+    r.m_messageTexts.append(std::move(text));
+}
+
+void RecordingLoader::addToken(QStringView token)
+{
+    const qsizetype equals = token.indexOf(u'=');
+    if (equals <= 0)
+        return;
+    const QStringView key = token.first(equals).trimmed();
+    const QStringView value = token.sliced(equals + 1).trimmed();
+    const int frame = int(r.m_times.size()) - 1;
+    if (key.startsWith(u"ST_")) {
+        const QStringView group = key.sliced(3);
+        if (!group.isEmpty() && !value.isEmpty())
+            r.m_states.append({frame, internWord(group), internWord(value)});
+        return;
+    }
+    if (key == u"ERR") {
+        if (!value.isEmpty())
+            r.m_errors.append({frame, internWord(value)});
+        return;
+    }
+    bool ok = false;
+    const double number = NumberParser::toDouble(value, &ok);
+    if (ok)
+        setValue(internName(key), number);
+}
+
+void RecordingLoader::setValue(int name, double value)
+{
+    // The open frame's values start at the second-to-last range mark.
+    const int frameBegin = r.m_valueBegin.at(r.m_valueBegin.size() - 2);
+    for (int i = frameBegin; i < r.m_values.size(); ++i) {
+        if (r.m_valueNames.at(i) == name) {
+            r.m_values[i] = value;
+            return;
+        }
+    }
+    r.m_valueNames.append(name);
+    r.m_values.append(value);
+    r.m_valueBegin.last() = int(r.m_values.size());
+}
+
+int RecordingLoader::internName(QStringView name)
+{
+    const auto it = m_nameIndex.constFind(name);
+    if (it != m_nameIndex.cend())
+        return it.value();
+    const int index = int(r.m_names.size());
+    r.m_names.append(name.toString());
+    m_nameIndex.insert(QStringView(r.m_names.constLast()), index);
+    return index;
+}
+
+int RecordingLoader::internWord(QStringView word)
+{
+    const auto it = m_wordIndex.constFind(word);
+    if (it != m_wordIndex.cend())
+        return it.value();
+    const int index = int(r.m_words.size());
+    r.m_words.append(word.toString());
+    m_wordIndex.insert(QStringView(r.m_words.constLast()), index);
+    return index;
+}
+
+void RecordingLoader::finish()
+{
+    if (r.m_valueBegin.isEmpty())
+        r.m_valueBegin.append(0);
+    r.m_times.squeeze();
+    r.m_valueBegin.squeeze();
+    r.m_valueNames.squeeze();
+    r.m_values.squeeze();
+    r.m_states.squeeze();
+    r.m_errors.squeeze();
+    r.m_messages.squeeze();
+    r.m_messageTexts.squeeze();
+}
+
+bool Recording::load(const QString &path, const Progress &progress)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        m_errorString = QObject::tr("Could not open file: %1").arg(path);
+        return false;
+    }
+    const qint64 total = file.size();
+    Recording next;
+    next.m_path = path;
+    RecordingLoader loader(next);
+    loader.reserveFor(total);
+
+    QByteArray bytes;
+    qint64 done = 0;
+    bool atStart = true;
+    while (true) {
+        const qsizetype carried = bytes.size();
+        bytes.resize(carried + ChunkBytes);
+        const qint64 got = file.read(bytes.data() + carried, ChunkBytes);
+        if (got < 0) {
+            m_errorString = QObject::tr("Could not read file: %1").arg(path);
+            return false;
+        }
+        bytes.resize(carried + got);
+        done += got;
+        const qsizetype lastFeed = bytes.lastIndexOf('\n');
+        if (lastFeed >= 0) {
+            // Only whole lines are decoded, so no UTF-8 sequence is split.
+            QString text = QString::fromUtf8(bytes.constData(), lastFeed + 1);
+            QStringView view(text);
+            if (atStart && view.startsWith(Bom))
+                view = view.sliced(1);
+            atStart = false;
+            qsizetype from = 0;
+            for (qsizetype feed = view.indexOf(u'\n'); feed >= 0; feed = view.indexOf(u'\n', from)) {
+                loader.addLine(view.sliced(from, feed - from));
+                from = feed + 1;
+            }
+            bytes.remove(0, lastFeed + 1);
+        }
+        if (progress && !progress(done, total)) {
+            m_errorString = QObject::tr("Loading cancelled.");
+            return false;
+        }
+        if (got == 0)
+            break; // what is left has no line feed: a cut last line
+    }
+    loader.finish();
+    *this = std::move(next);
+    return true;
+}
+
+QString Recording::errorString() const
+{
+    return m_errorString;
+}
+
+QString Recording::path() const
+{
+    return m_path;
+}
+
+int Recording::frameCount() const
+{
+    return int(m_times.size());
+}
+
+double Recording::duration() const
+{
+    return m_times.isEmpty() ? 0.0 : m_times.constLast();
+}
+
+double Recording::timeAt(int index) const
+{
+    return m_times.at(index);
+}
+
+int Recording::indexAtOrAfter(double t) const
+{
+    return int(std::lower_bound(m_times.cbegin(), m_times.cend(), t) - m_times.cbegin());
+}
+
+QMap<QString, double> Recording::valuesAt(int index) const
+{
+    QMap<QString, double> values;
+    const int end = m_valueBegin.at(index + 1);
+    for (int i = m_valueBegin.at(index); i < end; ++i)
+        values.insert(m_names.at(m_valueNames.at(i)), m_values.at(i));
+    return values;
+}
+
+namespace {
+template<typename Entry>
+std::pair<int, int> rangeOfFrame(const QList<Entry> &entries, int frame)
+{
+    const auto less = [](const Entry &e, int f) { return e.frame < f; };
+    const auto begin = std::lower_bound(entries.cbegin(), entries.cend(), frame, less);
+    auto end = begin;
+    while (end != entries.cend() && end->frame == frame)
+        ++end;
+    return {int(begin - entries.cbegin()), int(end - entries.cbegin())};
+}
+
+template<typename Entry>
+int prefixUpTo(const QList<Entry> &entries, int lastFrame)
+{
+    const auto greater = [](int f, const Entry &e) { return f < e.frame; };
+    return int(std::upper_bound(entries.cbegin(), entries.cend(), lastFrame, greater) - entries.cbegin());
+}
+} // namespace
+
+int Recording::countUpTo(const QList<StateEntry> &entries, int lastFrame)
+{
+    return prefixUpTo(entries, lastFrame);
+}
+
+int Recording::countUpTo(const QList<IdEntry> &entries, int lastFrame)
+{
+    return prefixUpTo(entries, lastFrame);
+}
+
+PlaybackFrame Recording::frameAt(int index) const
+{
+    PlaybackFrame frame;
+    frame.t = m_times.at(index);
+    frame.values = valuesAt(index);
+    const auto [stateBegin, stateEnd] = rangeOfFrame(m_states, index);
+    for (int i = stateBegin; i < stateEnd; ++i)
+        frame.states.append({m_words.at(m_states.at(i).group), m_words.at(m_states.at(i).state)});
+    const auto [errorBegin, errorEnd] = rangeOfFrame(m_errors, index);
+    for (int i = errorBegin; i < errorEnd; ++i)
+        frame.errors.append(m_words.at(m_errors.at(i).id));
+    const auto [messageBegin, messageEnd] = rangeOfFrame(m_messages, index);
+    for (int i = messageBegin; i < messageEnd; ++i)
+        frame.messages.append(m_messageTexts.at(m_messages.at(i).id));
+    return frame;
+}
+
+QStringList Recording::signalNames() const
+{
+    QStringList names = m_names;
+    names.sort();
+    return names;
+}
+
+QString Recording::companionPathFor(const QString &recordingPath)
+{
+    const QFileInfo info(recordingPath);
+    return info.dir().filePath(info.completeBaseName() % QStringLiteral(".signals.h"));
+}

@@ -1,0 +1,178 @@
+#include "RecordingWriter.h"
+
+#include "Recording.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTimer>
+
+namespace {
+// Enough to keep write() calls rare at high line rates, small enough to
+// bound what sits in memory between the once-a-second flushes.
+constexpr qsizetype WriteChunkBytes = 256 * 1024;
+}
+
+RecordingWriter::RecordingWriter(QObject *parent)
+    : QObject(parent)
+    , m_flushTimer(new QTimer(this))
+{
+    m_flushTimer->setInterval(FlushIntervalMs);
+    connect(m_flushTimer, &QTimer::timeout, this, &RecordingWriter::flush);
+}
+
+RecordingWriter::~RecordingWriter()
+{
+    stop();
+}
+
+QString RecordingWriter::fileNameFor(const QDateTime &localStart)
+{
+    return localStart.toString(QStringLiteral("'log_'yyyyMMdd_HHmmss'.rec'"));
+}
+
+bool RecordingWriter::start(const QString &projectDir, const QString &definitionsPath)
+{
+    if (isRecording()) {
+        m_errorString = tr("Already recording.");
+        return false;
+    }
+    const QString dir = QDir(projectDir).filePath(QStringLiteral("recordings"));
+    if (!QDir().mkpath(dir)) {
+        m_errorString = tr("Could not open file for writing.");
+        return false;
+    }
+    auto file = std::make_unique<QFile>(uniquePathIn(dir));
+    // NewOnly: two recordings started within one second never share a file.
+    if (!file->open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
+        m_errorString = tr("Could not open file for writing.");
+        return false;
+    }
+    m_file = std::move(file);
+    m_filePath = m_file->fileName();
+    m_errorString.clear();
+    m_buffer.clear();
+    m_buffer.reserve(WriteChunkBytes + 4096);
+    m_originSet = false;
+    m_origin = 0.0;
+    m_linesWritten = 0;
+    copyDefinitions(definitionsPath);
+    m_sinceFlush.start();
+    m_flushTimer->start();
+    return true;
+}
+
+QString RecordingWriter::uniquePathIn(const QString &dir) const
+{
+    const QString name = fileNameFor(QDateTime::currentDateTime());
+    QString path = QDir(dir).filePath(name);
+    const QString base = path.chopped(4); // without ".rec"
+    for (int n = 1; QFileInfo::exists(path); ++n)
+        path = base % QLatin1Char('_') % QString::number(n) % QStringLiteral(".rec");
+    return path;
+}
+
+void RecordingWriter::copyDefinitions(const QString &definitionsPath)
+{
+    const QString companion = Recording::companionPathFor(m_filePath);
+    if (QFileInfo::exists(companion))
+        QFile::remove(companion);
+    if (!definitionsPath.isEmpty() && QFileInfo::exists(definitionsPath))
+        QFile::copy(definitionsPath, companion);
+}
+
+void RecordingWriter::stop()
+{
+    if (!m_file)
+        return;
+    m_flushTimer->stop();
+    flush();
+    m_file->close();
+    m_file.reset();
+}
+
+bool RecordingWriter::isRecording() const
+{
+    return m_file != nullptr;
+}
+
+void RecordingWriter::flush()
+{
+    if (!m_file)
+        return;
+    if (!m_buffer.isEmpty()) {
+        if (m_file->write(m_buffer) != m_buffer.size())
+            m_errorString = m_file->errorString();
+        m_buffer.clear();
+    }
+    m_file->flush();
+    m_sinceFlush.restart();
+}
+
+void RecordingWriter::beginLine(double t)
+{
+    if (!m_originSet) {
+        m_origin = t;
+        m_originSet = true;
+    }
+    m_buffer += QByteArray::number(t - m_origin, 'f', 6);
+}
+
+void RecordingWriter::endLine()
+{
+    m_buffer += '\n';
+    ++m_linesWritten;
+    if (m_buffer.size() >= WriteChunkBytes || m_sinceFlush.elapsed() >= FlushIntervalMs)
+        flush();
+}
+
+void RecordingWriter::appendValues(double t, const QMap<QString, double> &values)
+{
+    if (!m_file)
+        return;
+    beginLine(t);
+    for (auto it = values.cbegin(); it != values.cend(); ++it) {
+        m_buffer += ' ';
+        m_buffer += it.key().toUtf8();
+        m_buffer += '=';
+        m_buffer += QByteArray::number(it.value(), 'g', 12);
+    }
+    endLine();
+}
+
+void RecordingWriter::appendState(double t, const QString &group, const QString &state)
+{
+    if (!m_file)
+        return;
+    beginLine(t);
+    m_buffer += " ST_";
+    m_buffer += group.toUtf8();
+    m_buffer += '=';
+    m_buffer += state.toUtf8();
+    endLine();
+}
+
+void RecordingWriter::appendError(double t, const QString &id)
+{
+    if (!m_file)
+        return;
+    beginLine(t);
+    m_buffer += " ERR=";
+    m_buffer += id.toUtf8();
+    endLine();
+}
+
+void RecordingWriter::appendMessage(double t, const QString &text)
+{
+    if (!m_file)
+        return;
+    beginLine(t);
+    m_buffer += " RAW";
+    // A line break inside the text would end the line early.
+    if (text.contains(QLatin1Char('\n')) || text.contains(QLatin1Char('\r')))
+        m_buffer += QString(text).replace(QLatin1Char('\n'), QLatin1Char(' ')).replace(QLatin1Char('\r'), QLatin1Char(' ')).toUtf8();
+    else
+        m_buffer += text.toUtf8();
+    endLine();
+}

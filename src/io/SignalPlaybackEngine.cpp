@@ -1,0 +1,254 @@
+#include "SignalPlaybackEngine.h"
+
+#include <QDebug>
+#include <QSlider>
+#include <QTimer>
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <vector>
+
+namespace {
+constexpr int TickIntervalMs = 50;
+// A longer gap between ticks means the application stalled or the clock
+// restarted; it must not jump the play time forward.
+constexpr qint64 MaxStepMs = 2000;
+}
+
+SignalPlaybackEngine::SignalPlaybackEngine(QObject *parent)
+    : QObject(parent)
+    , m_timer(new QTimer(this))
+{
+    m_timer->setTimerType(Qt::PreciseTimer);
+    m_timer->setInterval(TickIntervalMs);
+    connect(m_timer, &QTimer::timeout, this, &SignalPlaybackEngine::tick);
+}
+
+bool SignalPlaybackEngine::load(const QString &path, const Recording::Progress &progress)
+{
+    if (!m_frames.load(path, progress))
+        return false;
+    rewindAfterLoad();
+    return true;
+}
+
+void SignalPlaybackEngine::load(const Recording &recording)
+{
+    m_frames = recording;
+    rewindAfterLoad();
+}
+
+void SignalPlaybackEngine::rewindAfterLoad()
+{
+    m_maxTimestamp = m_frames.duration();
+    reset();
+}
+
+bool SignalPlaybackEngine::isPlaying() const
+{
+    return m_timer->isActive();
+}
+
+void SignalPlaybackEngine::setPlaybackRate(double rate)
+{
+    if (std::isnan(rate))
+        return;
+    m_playbackRate = std::clamp(rate, 0.01, 100.0);
+}
+
+void SignalPlaybackEngine::setPreviewWindow(double seconds)
+{
+    if (std::isnan(seconds))
+        return;
+    m_previewWindow = std::clamp(seconds, 0.1, 60.0);
+}
+
+void SignalPlaybackEngine::setKnownGroups(const QStringList &groups)
+{
+    m_knownGroups = groups;
+}
+
+void SignalPlaybackEngine::bindSlider(QSlider *slider, int steps)
+{
+    m_slider = slider;
+    m_sliderSteps = std::max(0, steps);
+}
+
+void SignalPlaybackEngine::setClockSource(const ClockSource &source)
+{
+    m_clockSource = source;
+}
+
+void SignalPlaybackEngine::restartClock()
+{
+    if (m_clockSource)
+        m_clockOrigin = m_clockSource();
+    else
+        m_clock.start();
+}
+
+qint64 SignalPlaybackEngine::clockReading() const
+{
+    if (m_clockSource)
+        return m_clockSource() - m_clockOrigin;
+    return m_clock.isValid() ? m_clock.elapsed() : 0;
+}
+
+void SignalPlaybackEngine::start()
+{
+    const int count = m_frames.frameCount();
+    const double firstDt = count >= 2 ? m_frames.timeAt(1) - m_frames.timeAt(0) : -1.0;
+    qDebug() << "[Playback] frames:" << count << "maxTimestamp:" << m_maxTimestamp
+             << "playbackRate:" << m_playbackRate << "first dt:" << firstDt;
+    if (m_index >= 0 && m_index < count && m_frames.timeAt(m_index) >= m_currentTime)
+        Q_EMIT signalValuesUpdatedAt(m_frames.timeAt(m_index), m_frames.valuesAt(m_index));
+    restartClock();
+    m_lastElapsed = 0;
+    m_playTime = m_currentTime;
+    Q_EMIT playbackTimeAdvanced(m_currentTime);
+    m_timer->start();
+}
+
+void SignalPlaybackEngine::pause()
+{
+    m_timer->stop();
+}
+
+void SignalPlaybackEngine::reset()
+{
+    m_index = 0;
+    m_currentTime = 0.0;
+    m_playTime = 0.0;
+    m_clock.invalidate();
+    if (m_slider)
+        m_slider->setValue(0);
+}
+
+void SignalPlaybackEngine::tick()
+{
+    const int count = m_frames.frameCount();
+    if (m_index < count) {
+        const qint64 reading = clockReading();
+        const qint64 dt = reading - m_lastElapsed;
+        m_lastElapsed = reading;
+        if (dt >= 1 && dt < MaxStepMs)
+            m_playTime += dt / 1000.0 * m_playbackRate;
+        m_currentTime = m_playTime;
+
+        while (m_index < count && m_playTime >= m_frames.timeAt(m_index))
+            emitFrame(m_index++);
+
+        Q_EMIT playbackTimeAdvanced(m_playTime);
+        updateSlider();
+        if (m_index < count)
+            return;
+    }
+    m_timer->stop();
+    Q_EMIT playbackFinished();
+}
+
+void SignalPlaybackEngine::updateSlider()
+{
+    if (!m_slider)
+        return;
+    const double position = m_sliderSteps * m_playTime / std::max(m_maxTimestamp, 1e-9);
+    m_slider->setValue(int(std::clamp(position, double(INT_MIN), double(INT_MAX))));
+}
+
+void SignalPlaybackEngine::emitFrame(int frame)
+{
+    const double t = m_frames.timeAt(frame);
+    const QMap<QString, double> values = m_frames.valuesAt(frame);
+    Q_EMIT signalValuesUpdated(values);
+    Q_EMIT signalValuesUpdatedAt(t, values);
+
+    const QStringList &words = m_frames.words();
+    const auto &states = m_frames.stateEntries();
+    for (int i = Recording::countUpTo(states, frame - 1); i < states.size() && states.at(i).frame == frame; ++i)
+        Q_EMIT stateEvent(t, words.at(states.at(i).group), words.at(states.at(i).state));
+    const auto &errors = m_frames.errorEntries();
+    for (int i = Recording::countUpTo(errors, frame - 1); i < errors.size() && errors.at(i).frame == frame; ++i)
+        Q_EMIT errorEvent(t, words.at(errors.at(i).id));
+    const QStringList &texts = m_frames.messages();
+    const auto &messages = m_frames.messageEntries();
+    for (int i = Recording::countUpTo(messages, frame - 1); i < messages.size() && messages.at(i).frame == frame; ++i)
+        Q_EMIT messageEvent(t, texts.at(messages.at(i).id));
+}
+
+void SignalPlaybackEngine::seek(double tSec)
+{
+    if (std::isnan(tSec))
+        return;
+    const int count = m_frames.frameCount();
+    m_index = m_frames.indexAtOrAfter(tSec);
+    if (!isPlaying())
+        emitPreviewHistory(tSec);
+    m_currentTime = tSec;
+    // A running clock continues from the new position.
+    if (isPlaying())
+        m_playTime = tSec;
+
+    const int last = std::max(0, m_index - 1);
+    if (count > 0)
+        Q_EMIT signalValuesUpdated(m_frames.valuesAt(last));
+    announceStatesUpTo(count > 0 ? last : -1);
+    announceErrorsUpTo(count > 0 ? last : -1);
+    announceMessagesUpTo(count > 0 ? last : -1);
+}
+
+void SignalPlaybackEngine::emitPreviewHistory(double tSec)
+{
+    const double from = std::max(0.0, tSec - m_previewWindow);
+    Q_EMIT dataReset();
+    for (int i = m_frames.indexAtOrAfter(from); i < m_index; ++i)
+        Q_EMIT signalValuesUpdatedAt(m_frames.timeAt(i), m_frames.valuesAt(i));
+}
+
+void SignalPlaybackEngine::announceStatesUpTo(int last)
+{
+    const double t = last >= 0 ? m_frames.timeAt(last) : 0.0;
+    const QStringList &words = m_frames.words();
+    const auto &states = m_frames.stateEntries();
+    // Latest state per group, by word index: no string work while walking.
+    std::vector<int> stateOfGroup(words.size(), -1);
+    const int end = last >= 0 ? Recording::countUpTo(states, last) : 0;
+    for (int i = 0; i < end; ++i)
+        stateOfGroup[states.at(i).group] = states.at(i).state;
+
+    QMap<QString, QString> inForce;
+    for (int w = 0; w < int(stateOfGroup.size()); ++w) {
+        if (stateOfGroup[w] >= 0)
+            inForce.insert(words.at(w), words.at(stateOfGroup[w]));
+    }
+    for (const QString &group : std::as_const(m_knownGroups)) {
+        if (!inForce.contains(group))
+            Q_EMIT stateEvent(t, group, QString());
+    }
+    for (auto it = inForce.cbegin(); it != inForce.cend(); ++it)
+        Q_EMIT stateEvent(t, it.key(), it.value());
+}
+
+void SignalPlaybackEngine::announceErrorsUpTo(int last)
+{
+    Q_EMIT errorReset();
+    if (last < 0)
+        return;
+    const QStringList &words = m_frames.words();
+    const auto &errors = m_frames.errorEntries();
+    const int end = Recording::countUpTo(errors, last);
+    for (int i = 0; i < end; ++i)
+        Q_EMIT errorEvent(m_frames.timeAt(errors.at(i).frame), words.at(errors.at(i).id));
+}
+
+void SignalPlaybackEngine::announceMessagesUpTo(int last)
+{
+    Q_EMIT messageReset();
+    if (last < 0)
+        return;
+    const QStringList &texts = m_frames.messages();
+    const auto &messages = m_frames.messageEntries();
+    const int end = Recording::countUpTo(messages, last);
+    for (int i = 0; i < end; ++i)
+        Q_EMIT messageEvent(m_frames.timeAt(messages.at(i).frame), texts.at(messages.at(i).id));
+}
