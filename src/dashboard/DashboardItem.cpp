@@ -1,0 +1,488 @@
+#include "DashboardItem.h"
+
+#include "DashboardWidget.h"
+#include "DashboardWidgetConfigDialog.h"
+#include "DashboardWidgetFactory.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QGraphicsProxyWidget>
+#include <QGraphicsRectItem>
+#include <QGraphicsScene>
+#include <QGraphicsSceneContextMenuEvent>
+#include <QGraphicsSceneHoverEvent>
+#include <QGraphicsSceneMouseEvent>
+#include <QJsonArray>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPainter>
+#include <QPointer>
+#include <QTimer>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr qreal GridSize = 10.0;
+constexpr qreal HandleSize = 12.0;
+const QSize DefaultMinimum(80, 60);
+const QSize SmallestMinimum(20, 20);
+
+// Non-finite values read as 0; anything else is kept within +-MaxExtent.
+qreal sanitized(qreal value)
+{
+    if (!std::isfinite(value))
+        return 0.0;
+    return std::clamp(value, -DashboardItem::MaxExtent, DashboardItem::MaxExtent);
+}
+
+// Whole units first, then up to the next multiple of the grid: 61 -> 70, 60 -> 60.
+qreal roundUpToGrid(qreal value)
+{
+    return std::ceil(std::ceil(value) / GridSize) * GridSize;
+}
+
+// Nearest grid line, halves away from zero: 14 -> 10, -15 -> -20.
+qreal snapToGrid(qreal value)
+{
+    return std::round(value / GridSize) * GridSize;
+}
+
+QPen designPen()
+{
+    return QPen(QBrush(Qt::blue, Qt::SolidPattern), 2.0, Qt::DashLine, Qt::SquareCap, Qt::BevelJoin);
+}
+
+} // namespace
+
+DashboardItem::DashboardItem(QWidget *widget, QGraphicsItem *parent)
+    : QGraphicsItem(parent)
+{
+    // The overlay's mouse, hover and context-menu events are handled as the item's own.
+    setFiltersChildEvents(true);
+
+    m_proxy = new QGraphicsProxyWidget(this);
+    if (widget)
+        m_proxy->setWidget(widget);
+
+    m_overlay = new QGraphicsRectItem(this);
+    m_overlay->setPen(designPen());
+    m_overlay->setBrush(Qt::NoBrush);
+    m_overlay->setAcceptedMouseButtons(Qt::LeftButton);
+    m_overlay->setAcceptHoverEvents(true);
+    m_overlay->setFlag(ItemIsMovable, false);
+    m_overlay->setFlag(ItemIsSelectable, false);
+    m_overlay->setFlag(ItemIgnoresParentOpacity, true);
+    m_overlay->hide();
+
+    // A widget nobody has sized yet reports Qt's default window size; start it
+    // at its minimum instead.
+    const bool sized = widget && widget->testAttribute(Qt::WA_Resized);
+    setSize(sized ? QSizeF(widget->size()) : QSizeF());
+}
+
+DashboardItem::~DashboardItem()
+{
+    restoreOverrideCursor();
+}
+
+DashboardItem *DashboardItem::fromJson(const QJsonObject &record)
+{
+    const QString typeName = record.value(QLatin1String("type")).toString();
+    if (typeName.isEmpty())
+        return nullptr;
+    DashboardWidget *widget = DashboardWidgetFactory::instance().create(typeName);
+    if (!widget)
+        return nullptr;
+
+    const QJsonValue names = record.value(QLatin1String("signals"));
+    widget->setSignalNames(names.isArray() ? QVariant(names.toArray().toVariantList()).toStringList()
+                                           : QStringList());
+    widget->loadConfig(record.value(QLatin1String("config")).toObject());
+
+    auto *item = new DashboardItem(widget);
+    item->setPos(sanitized(record.value(QLatin1String("x")).toDouble()),
+                 sanitized(record.value(QLatin1String("y")).toDouble()));
+    item->setSize(QSizeF(record.value(QLatin1String("width")).toDouble(),
+                         record.value(QLatin1String("height")).toDouble()));
+    if (record.contains(QLatin1String("z")))
+        item->setZValue(sanitized(record.value(QLatin1String("z")).toDouble()));
+    return item;
+}
+
+QJsonObject DashboardItem::toJson() const
+{
+    const DashboardWidget *widget = dashboardWidget();
+    QJsonObject record;
+    record.insert(QLatin1String("type"), widget ? widget->typeName() : QString());
+    record.insert(QLatin1String("signals"),
+                  QJsonArray::fromStringList(widget ? widget->signalNames() : QStringList()));
+    record.insert(QLatin1String("x"), pos().x());
+    record.insert(QLatin1String("y"), pos().y());
+    record.insert(QLatin1String("width"), m_size.width());
+    record.insert(QLatin1String("height"), m_size.height());
+    record.insert(QLatin1String("config"), widget ? widget->saveConfig() : QJsonObject());
+    record.insert(QLatin1String("z"), zValue());
+    return record;
+}
+
+QRectF DashboardItem::boundingRect() const
+{
+    return QRectF(QPointF(0, 0), m_size);
+}
+
+void DashboardItem::paint(QPainter *painter, const QStyleOptionGraphicsItem *option, QWidget *widget)
+{
+    Q_UNUSED(option);
+    Q_UNUSED(widget);
+    if (!m_designMode)
+        return;
+    painter->setPen(designPen());
+    const qreal inset = designPen().widthF() / 2.0; // keep the stroke inside boundingRect()
+    painter->drawRect(boundingRect().adjusted(inset, inset, -inset, -inset));
+}
+
+void DashboardItem::setDesignMode(bool on)
+{
+    m_designMode = on;
+    setFlag(ItemIsMovable, on);
+    setAcceptHoverEvents(on);
+    if (!on) {
+        m_moving = false;
+        m_resizing = false;
+        restoreOverrideCursor();
+    }
+    m_overlay->setVisible(on);
+    restackOverlay();
+
+    if (on) {
+        setCursor(Qt::OpenHandCursor);
+        m_overlay->setCursor(Qt::OpenHandCursor);
+    } else {
+        unsetCursor();
+        m_overlay->unsetCursor();
+    }
+    if (QWidget *widget = m_proxy->widget()) {
+        if (on)
+            widget->setCursor(Qt::OpenHandCursor);
+        else
+            widget->unsetCursor();
+    }
+    update();
+}
+
+QSize DashboardItem::minimumSize() const
+{
+    QSize minimum = DefaultMinimum;
+    if (QWidget *widget = m_proxy ? m_proxy->widget() : nullptr) {
+        if (auto *dashboard = qobject_cast<DashboardWidget *>(widget))
+            minimum = dashboard->minimumDesignSize();
+        else
+            minimum = widget->sizeHint().expandedTo(DefaultMinimum);
+    }
+    const int most = int(MaxExtent);
+    return minimum.expandedTo(SmallestMinimum).boundedTo(QSize(most, most));
+}
+
+void DashboardItem::setSize(const QSizeF &size)
+{
+    const QSize minimum = minimumSize();
+    const qreal width = std::max(sanitized(size.width()), qreal(minimum.width()));
+    const qreal height = std::max(sanitized(size.height()), qreal(minimum.height()));
+
+    prepareGeometryChange();
+    m_size = QSizeF(roundUpToGrid(width), roundUpToGrid(height));
+
+    m_proxy->setGeometry(QRectF(QPointF(0, 0), m_size));
+    if (QWidget *widget = m_proxy->widget()) {
+        widget->resize(m_size.toSize());
+        widget->setMinimumSize(minimum);
+        widget->setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+        widget->update();
+    }
+    m_overlay->setRect(QRectF(0, 0, m_size.width(), m_size.height()));
+    restackOverlay();
+    update();
+}
+
+DashboardWidget *DashboardItem::dashboardWidget() const
+{
+    return m_proxy ? qobject_cast<DashboardWidget *>(m_proxy->widget()) : nullptr;
+}
+
+QList<qreal> DashboardItem::distinctDashboardZValues() const
+{
+    QList<qreal> values;
+    if (scene()) {
+        const QList<QGraphicsItem *> items = scene()->items();
+        for (QGraphicsItem *item : items) {
+            if (!item->parentItem() && qgraphicsitem_cast<DashboardItem *>(item))
+                values.append(item->zValue());
+        }
+    }
+    if (!values.contains(zValue()))
+        values.append(zValue());
+    std::sort(values.begin(), values.end());
+    values.erase(std::unique(values.begin(), values.end()), values.end());
+    return values;
+}
+
+void DashboardItem::bringToFront()
+{
+    setZAndRestack(distinctDashboardZValues().last() + 1.0);
+}
+
+void DashboardItem::sendToBack()
+{
+    setZAndRestack(distinctDashboardZValues().first() - 1.0);
+}
+
+// The half steps move the item past exactly one neighbour without renumbering the others.
+void DashboardItem::bringForward()
+{
+    const QList<qreal> values = distinctDashboardZValues();
+    const qsizetype i = values.indexOf(zValue());
+    if (i >= 0 && i < values.size() - 1)
+        setZAndRestack(values.at(i + 1) + 0.5);
+}
+
+void DashboardItem::sendBackward()
+{
+    const QList<qreal> values = distinctDashboardZValues();
+    const qsizetype i = values.indexOf(zValue());
+    if (i > 0)
+        setZAndRestack(values.at(i - 1) - 0.5);
+}
+
+void DashboardItem::setZAndRestack(qreal z)
+{
+    setZValue(z);
+    restackOverlay();
+    update();
+}
+
+bool DashboardItem::configure()
+{
+    DashboardWidget *widget = dashboardWidget();
+    if (!widget)
+        return false;
+    DashboardWidgetConfigDialog dialog(widget);
+    const bool accepted = dialog.exec() == QDialog::Accepted;
+    update();
+    return accepted;
+}
+
+bool DashboardItem::requestDelete()
+{
+    if (!scene())
+        return false;
+    const auto answer = QMessageBox::question(QApplication::activeWindow(), QStringLiteral("Delete Widget"),
+                                              QStringLiteral("Are you sure you want to delete this widget?"),
+                                              QMessageBox::Yes | QMessageBox::No, QMessageBox::NoButton);
+    if (answer != QMessageBox::Yes)
+        return false;
+    removeFromScene();
+    return true;
+}
+
+void DashboardItem::removeFromScene()
+{
+    if (m_removed)
+        return;
+    m_removed = true;
+
+    QWidget *widget = m_proxy->widget();
+    if (widget) {
+        const QList<QDialog *> dialogs = widget->findChildren<QDialog *>();
+        for (QDialog *dialog : dialogs)
+            dialog->close();
+        widget->setAcceptDrops(false);
+        widget->clearFocus();
+    }
+    m_moving = false;
+    m_resizing = false;
+    restoreOverrideCursor();
+    if (scene())
+        scene()->removeItem(this);
+    if (widget) {
+        widget->hide(); // detached, it would otherwise become a top-level window
+        m_proxy->setWidget(nullptr);
+    }
+
+    QPointer<QWidget> guarded(widget);
+    QTimer::singleShot(0, [this, guarded] {
+        delete this;
+        delete guarded.data();
+    });
+}
+
+QRectF DashboardItem::resizeHandle() const
+{
+    return QRectF(m_size.width() - HandleSize, m_size.height() - HandleSize, HandleSize, HandleSize);
+}
+
+void DashboardItem::restackOverlay()
+{
+    if (!m_overlay)
+        return;
+    // Above every other top-level item: (largest other z) - (own z) + 1.
+    qreal largest = zValue();
+    bool found = false;
+    if (scene()) {
+        const QList<QGraphicsItem *> items = scene()->items();
+        for (QGraphicsItem *item : items) {
+            if (item == this || item->parentItem())
+                continue;
+            largest = found ? std::max(largest, item->zValue()) : item->zValue();
+            found = true;
+        }
+    }
+    // A child's z only orders it among its siblings, so it must also clear the proxy.
+    const qreal z = std::max(largest - zValue() + 1.0, m_proxy->zValue() + 1.0);
+    m_overlay->setZValue(z);
+}
+
+bool DashboardItem::sceneEventFilter(QGraphicsItem *watched, QEvent *event)
+{
+    if (watched != m_overlay)
+        return false;
+    // The overlay sits at the item's origin, so event positions need no mapping.
+    switch (event->type()) {
+    case QEvent::GraphicsSceneMousePress:
+    case QEvent::GraphicsSceneMouseDoubleClick:
+        mousePressEvent(static_cast<QGraphicsSceneMouseEvent *>(event));
+        return true;
+    case QEvent::GraphicsSceneMouseMove:
+        mouseMoveEvent(static_cast<QGraphicsSceneMouseEvent *>(event));
+        return true;
+    case QEvent::GraphicsSceneMouseRelease:
+        mouseReleaseEvent(static_cast<QGraphicsSceneMouseEvent *>(event));
+        return true;
+    case QEvent::GraphicsSceneHoverEnter:
+    case QEvent::GraphicsSceneHoverMove:
+        hoverMoveEvent(static_cast<QGraphicsSceneHoverEvent *>(event));
+        return true;
+    case QEvent::GraphicsSceneContextMenu:
+        contextMenuEvent(static_cast<QGraphicsSceneContextMenuEvent *>(event));
+        return true;
+    default:
+        return false;
+    }
+}
+
+QVariant DashboardItem::itemChange(GraphicsItemChange change, const QVariant &value)
+{
+    if (change == ItemZValueHasChanged || change == ItemSceneHasChanged)
+        restackOverlay();
+    return QGraphicsItem::itemChange(change, value);
+}
+
+void DashboardItem::contextMenuEvent(QGraphicsSceneContextMenuEvent *event)
+{
+    if (!m_designMode || !dashboardWidget()) {
+        event->ignore();
+        return;
+    }
+    event->accept();
+
+    QMenu menu;
+    QAction *configureAction = menu.addAction(QStringLiteral("Configure Widget..."));
+    QAction *frontAction = menu.addAction(QStringLiteral("Bring to Front"));
+    QAction *backAction = menu.addAction(QStringLiteral("Send to Back"));
+    QAction *forwardAction = menu.addAction(QStringLiteral("Bring Forward"));
+    QAction *backwardAction = menu.addAction(QStringLiteral("Send Backward"));
+    menu.addSeparator();
+    QAction *deleteAction = menu.addAction(QStringLiteral("Delete"));
+
+    QAction *chosen = menu.exec(event->screenPos());
+    if (!chosen)
+        return;
+    if (chosen == configureAction)
+        configure();
+    else if (chosen == frontAction)
+        bringToFront();
+    else if (chosen == backAction)
+        sendToBack();
+    else if (chosen == forwardAction)
+        bringForward();
+    else if (chosen == backwardAction)
+        sendBackward();
+    else if (chosen == deleteAction)
+        requestDelete();
+}
+
+void DashboardItem::hoverMoveEvent(QGraphicsSceneHoverEvent *event)
+{
+    if (!m_designMode) {
+        unsetCursor();
+        QGraphicsItem::hoverMoveEvent(event);
+        return;
+    }
+    updateCursor(event->pos());
+}
+
+void DashboardItem::updateCursor(const QPointF &pos)
+{
+    const Qt::CursorShape shape = resizeHandle().contains(pos) ? Qt::SizeFDiagCursor : Qt::OpenHandCursor;
+    setCursor(shape);
+    m_overlay->setCursor(shape);
+}
+
+void DashboardItem::mousePressEvent(QGraphicsSceneMouseEvent *event)
+{
+    if (!m_designMode || event->button() != Qt::LeftButton) {
+        QGraphicsItem::mousePressEvent(event);
+        return;
+    }
+    m_pressPos = event->pos();
+    if (resizeHandle().contains(m_pressPos)) {
+        m_resizing = true;
+        setOverrideCursor(Qt::SizeFDiagCursor);
+    } else {
+        m_moving = true;
+        setOverrideCursor(Qt::ClosedHandCursor);
+    }
+    event->accept();
+}
+
+void DashboardItem::mouseMoveEvent(QGraphicsSceneMouseEvent *event)
+{
+    if (!m_designMode || (!m_moving && !m_resizing)) {
+        QGraphicsItem::mouseMoveEvent(event);
+        return;
+    }
+    if (m_resizing) {
+        const QPointF corner = event->pos();
+        setSize(QSizeF(roundUpToGrid(corner.x()), roundUpToGrid(corner.y())));
+    } else {
+        const QPointF target = pos() + (event->pos() - m_pressPos);
+        setPos(snapToGrid(target.x()), snapToGrid(target.y()));
+    }
+    event->accept();
+}
+
+void DashboardItem::mouseReleaseEvent(QGraphicsSceneMouseEvent *event)
+{
+    QGraphicsItem::mouseReleaseEvent(event);
+    m_moving = false;
+    m_resizing = false;
+    restoreOverrideCursor();
+}
+
+void DashboardItem::setOverrideCursor(Qt::CursorShape shape)
+{
+    if (m_cursorOverridden)
+        QApplication::changeOverrideCursor(shape);
+    else
+        QApplication::setOverrideCursor(shape);
+    m_cursorOverridden = true;
+}
+
+void DashboardItem::restoreOverrideCursor()
+{
+    if (!m_cursorOverridden)
+        return;
+    QApplication::restoreOverrideCursor();
+    m_cursorOverridden = false;
+}

@@ -1,0 +1,48 @@
+#include "DesignScene.h"
+
+#include <QApplication>
+#include <QPainter>
+#include <QPalette>
+
+#include <cmath>
+
+DesignScene::DesignScene(QObject *parent)
+    : QGraphicsScene(parent)
+{
+}
+
+DesignScene::~DesignScene() = default;
+
+void DesignScene::setDesignMode(bool on)
+{
+    m_designMode = on;
+    update(QRectF());
+}
+
+void DesignScene::drawBackground(QPainter *painter, const QRectF &rect)
+{
+    painter->save();
+    if (m_designMode) {
+        painter->fillRect(rect, Qt::white);
+        drawGrid(painter, rect);
+    } else {
+        painter->fillRect(rect, QApplication::palette().color(QPalette::Window));
+    }
+    painter->restore();
+}
+
+void DesignScene::drawGrid(QPainter *painter, const QRectF &rect) const
+{
+    painter->setPen(QPen(QBrush(QColor(220, 220, 220, 255)), 1.0, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
+    const int left = int(std::floor(rect.left()));
+    const int right = int(std::ceil(rect.right()));
+    const int top = int(std::floor(rect.top()));
+    const int bottom = int(std::ceil(rect.bottom()));
+
+    // % truncates toward zero, so the first line is always a multiple of the grid:
+    // 15 starts at 10, -15 at -10.
+    for (int x = left - left % m_gridSize; x < right; x += m_gridSize)
+        painter->drawLine(x, top, x, bottom);
+    for (int y = top - top % m_gridSize; y < bottom; y += m_gridSize)
+        painter->drawLine(left, y, right, y);
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QGraphicsScene>
+
+// The scene that holds the dashboard's items. While the dashboard is being
+// designed its background is white with a light grey grid on multiples of
+// the grid size (the items' snapping step); otherwise it is window-coloured.
+class DesignScene : public QGraphicsScene
+{
+    Q_OBJECT
+
+public:
+    explicit DesignScene(QObject *parent = nullptr);
+    ~DesignScene() override;
+
+    // Repaints the whole scene at once.
+    void setDesignMode(bool on);
+    bool designMode() const { return m_designMode; }
+    int gridSize() const { return m_gridSize; }
+
+protected:
+    void drawBackground(QPainter *painter, const QRectF &rect) override;
+
+private:
+    void drawGrid(QPainter *painter, const QRectF &rect) const;
+
+    bool m_designMode = false;
+    int m_gridSize = 10;
+};
