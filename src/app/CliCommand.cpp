@@ -1,0 +1,111 @@
+#include "CliCommand.h"
+
+#include "ConsoleProgress.h"
+#include "Recording.h"
+#include "SignalDefinitions.h"
+#include "TerminationNotifier.h"
+
+#include <QFileInfo>
+#include <QTextStream>
+
+#include <cstdio>
+
+CliCommand::CliCommand(const QString &command, const QString &synopsis, const QString &description)
+    : m_command(command)
+    , m_synopsis(synopsis)
+    , m_helpOption({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help."))
+{
+    m_parser.setApplicationDescription(description);
+    m_parser.addOption(m_helpOption);
+}
+
+bool CliCommand::parse(const QStringList &args)
+{
+    if (!m_parser.parse(args)) {
+        m_exitCode = usageError(m_parser.errorText());
+        return false;
+    }
+    if (m_parser.isSet(m_helpOption)) {
+        QTextStream(stdout) << usage();
+        m_exitCode = 0;
+        return false;
+    }
+    return true;
+}
+
+bool CliCommand::takePositionals(int count, QStringList *out)
+{
+    const QStringList given = m_parser.positionalArguments();
+    if (given.size() == count) {
+        *out = given;
+        return true;
+    }
+    m_exitCode = usageError(given.size() < count
+                                ? QStringLiteral("missing argument")
+                                : QStringLiteral("unexpected argument '%1'").arg(given.at(count)));
+    return false;
+}
+
+QString CliCommand::usage() const
+{
+    QString help = m_parser.helpText();
+    const qsizetype firstLineEnd = help.indexOf(QLatin1Char('\n'));
+    help.remove(0, firstLineEnd < 0 ? help.size() : firstLineEnd + 1);
+    return QStringLiteral("Usage: ombrix-cli ") % m_command % QLatin1Char(' ') % m_synopsis
+        % QLatin1Char('\n') % help;
+}
+
+int CliCommand::usageError(const QString &message) const
+{
+    QTextStream err(stderr);
+    err << "ombrix-cli " << m_command << ": " << message << '\n' << usage();
+    return 2;
+}
+
+int CliCommand::fail(const QString &message, int code) const
+{
+    note(message);
+    return code;
+}
+
+void CliCommand::note(const QString &message) const
+{
+    QTextStream(stderr) << "ombrix-cli " << m_command << ": " << message << '\n';
+}
+
+bool CliCommand::loadRecording(Recording &recording, const QString &path)
+{
+    if (!QFileInfo(path).isFile()) {
+        m_exitCode = usageError(QStringLiteral("no such recording: %1").arg(path));
+        return false;
+    }
+    ConsoleProgress progress(QStringLiteral("Loading"));
+    const bool loaded = recording.load(path, progress.callback());
+    progress.finish();
+    if (loaded)
+        return true;
+    if (TerminationNotifier::requested()) {
+        m_exitCode = fail(QStringLiteral("interrupted"), InterruptedExitCode);
+        return false;
+    }
+    m_exitCode = fail(QStringLiteral("cannot read %1: %2").arg(path, recording.errorString()), 2);
+    return false;
+}
+
+bool CliCommand::loadDefinitions(const QString &recordingPath, const QString &defPath,
+                                 std::unique_ptr<SignalDefinitions> *defs)
+{
+    const QString companion = Recording::companionPathFor(recordingPath);
+    const QString path = defPath.isEmpty() ? companion : defPath;
+    if (defPath.isEmpty() && !QFileInfo(companion).isFile()) {
+        defs->reset();
+        return true;
+    }
+    auto loaded = std::make_unique<SignalDefinitions>();
+    if (!loaded->load(path)) {
+        m_exitCode = defPath.isEmpty() ? fail(loaded->lastError(), 2) : usageError(loaded->lastError());
+        return false;
+    }
+    *defs = std::move(loaded);
+    return true;
+}

@@ -1,0 +1,210 @@
+#include "RecordCommand.h"
+
+#include "CliCommand.h"
+#include "RecordingWriter.h"
+#include "SerialManager.h"
+#include "TerminationNotifier.h"
+
+#include <QDir>
+#include <QEventLoop>
+#include <QFileInfo>
+#include <QTextStream>
+#include <QTimer>
+
+#include <climits>
+#include <cmath>
+#include <cstdio>
+
+RecordCommand::RecordCommand(QObject *parent)
+    : QObject(parent)
+    , m_serial(new SerialManager(this))
+    , m_writer(new RecordingWriter(this))
+    , m_durationTimer(new QTimer(this))
+    , m_termination(new TerminationNotifier(this))
+{
+    m_durationTimer->setSingleShot(true);
+    connect(m_durationTimer, &QTimer::timeout, this,
+            [this] { finish(0, QStringLiteral("duration reached")); });
+    connect(m_termination, &TerminationNotifier::terminationRequested, this,
+            [this] { finish(0, QStringLiteral("interrupted")); });
+}
+
+QString RecordCommand::filePath() const
+{
+    return m_writer->filePath();
+}
+
+bool RecordCommand::start(const SerialSettings &settings, const QString &projectDir,
+                          const QString &definitionsPath, const Limits &limits, QString *error)
+{
+    connect(m_serial, &SerialManager::errorOccurred, this,
+            [this](const QString &message) { m_lastSerialError = message; });
+    if (!m_serial->open(settings)) {
+        *error = QStringLiteral("cannot open %1: %2").arg(settings.portName, m_lastSerialError);
+        return false;
+    }
+    if (!m_writer->start(projectDir, definitionsPath)) {
+        m_serial->close();
+        *error = m_writer->errorString();
+        return false;
+    }
+    m_lineLimit = limits.lines;
+    m_accepting = true;
+    connectSerial();
+    if (limits.durationMs > 0)
+        m_durationTimer->start(std::chrono::milliseconds(limits.durationMs));
+    return true;
+}
+
+// The same events, in the same forms, as the window records.
+void RecordCommand::connectSerial()
+{
+    connect(m_serial, &SerialManager::rawLineReceived, this, &RecordCommand::onRawLine);
+    connect(m_serial, &SerialManager::lineParsed, this, [this](double t, const QMap<QString, double> &values) {
+        if (m_accepting)
+            m_writer->appendValues(t, values);
+    });
+    connect(m_serial, &SerialManager::stateParsed, this,
+            [this](double t, const QString &group, const QString &state) {
+                if (m_accepting)
+                    m_writer->appendState(t, group, state);
+            });
+    connect(m_serial, &SerialManager::errorParsed, this, [this](double t, const QString &id) {
+        if (m_accepting)
+            m_writer->appendError(t, id);
+    });
+    connect(m_serial, &SerialManager::unrecognizedParsed, this, [this](double t, const QString &text) {
+        if (m_accepting)
+            m_writer->appendMessage(t, text);
+    });
+    connect(m_serial, &SerialManager::portLost, this, &RecordCommand::onPortLost);
+}
+
+// Comes first of a line's signals: past the limit the line is left out
+// whole, and the line that reaches the limit is finished before stopping.
+void RecordCommand::onRawLine()
+{
+    if (!m_accepting || (m_lineLimit > 0 && m_linesReceived >= m_lineLimit)) {
+        m_accepting = false;
+        return;
+    }
+    ++m_linesReceived;
+    if (m_lineLimit > 0 && m_linesReceived == m_lineLimit) {
+        QTimer::singleShot(0, this, [this] { finish(0, QStringLiteral("line limit reached")); });
+    }
+}
+
+void RecordCommand::onPortLost()
+{
+    finish(DeviceLostExitCode,
+           QStringLiteral("the device disappeared (%1); the recording holds everything received until then")
+               .arg(m_lastSerialError));
+}
+
+void RecordCommand::finish(int exitCode, const QString &reason)
+{
+    if (!m_writer->isRecording())
+        return;
+    m_accepting = false;
+    m_durationTimer->stop();
+    m_writer->stop();
+    m_serial->close();
+    Q_EMIT finished(exitCode, reason);
+}
+
+namespace {
+
+bool parseLimits(CliCommand &cli, const QCommandLineOption &duration, const QCommandLineOption &lines,
+                 RecordCommand::Limits *limits)
+{
+    const QCommandLineParser &parser = cli.parser();
+    if (parser.isSet(duration) && parser.isSet(lines)) {
+        cli.usageError(QStringLiteral("give either --duration or --lines, not both"));
+        return false;
+    }
+    bool ok = true;
+    if (parser.isSet(duration)) {
+        const double seconds = parser.value(duration).toDouble(&ok);
+        ok = ok && std::isfinite(seconds) && seconds > 0.0 && seconds * 1000.0 < double(INT_MAX);
+        limits->durationMs = ok ? std::max<qint64>(1, std::llround(seconds * 1000.0)) : 0;
+        if (!ok)
+            cli.usageError(QStringLiteral("--duration needs a positive number of seconds (under 24 days)"));
+    } else if (parser.isSet(lines)) {
+        limits->lines = parser.value(lines).toLongLong(&ok);
+        ok = ok && limits->lines > 0;
+        if (!ok)
+            cli.usageError(QStringLiteral("--lines needs a positive whole number"));
+    }
+    return ok;
+}
+
+} // namespace
+
+int RecordCommand::run(const QStringList &args)
+{
+    CliCommand cli(QStringLiteral("record"),
+                   QStringLiteral("--port NAME [--baud N] --project DIR [--duration S | --lines N]"),
+                   QStringLiteral("Record a serial port into the project's recordings folder until "
+                                  "the limit is reached, Ctrl+C, or the device goes away."));
+    const QCommandLineOption port({QStringLiteral("p"), QStringLiteral("port")},
+                                  QStringLiteral("The serial port (name or device path)."), QStringLiteral("NAME"));
+    const QCommandLineOption baud({QStringLiteral("b"), QStringLiteral("baud")},
+                                  QStringLiteral("Baud rate (default 115200)."), QStringLiteral("N"),
+                                  QStringLiteral("115200"));
+    const QCommandLineOption project(QStringLiteral("project"), QStringLiteral("The project folder."),
+                                     QStringLiteral("DIR"));
+    const QCommandLineOption def({QStringLiteral("d"), QStringLiteral("def")},
+                                 QStringLiteral("Definitions copied beside the recording (default: "
+                                                "DIR/dashboard_signals.def)."),
+                                 QStringLiteral("FILE"));
+    const QCommandLineOption duration(QStringLiteral("duration"), QStringLiteral("Stop after S seconds."),
+                                      QStringLiteral("S"));
+    const QCommandLineOption lines(QStringLiteral("lines"), QStringLiteral("Stop after N lines."),
+                                   QStringLiteral("N"));
+    cli.parser().addOptions({port, baud, project, def, duration, lines});
+    QStringList positionals;
+    if (!cli.parse(args) || !cli.takePositionals(0, &positionals))
+        return cli.exitCode();
+    const QCommandLineParser &parser = cli.parser();
+    if (parser.value(port).isEmpty())
+        return cli.usageError(QStringLiteral("missing --port NAME"));
+    if (parser.value(project).isEmpty())
+        return cli.usageError(QStringLiteral("missing --project DIR"));
+    const QString projectDir = parser.value(project);
+    if (!QFileInfo(projectDir).isDir())
+        return cli.usageError(QStringLiteral("no such project folder: %1").arg(projectDir));
+    SerialSettings settings;
+    settings.portName = parser.value(port);
+    bool baudOk = false;
+    settings.baudRate = parser.value(baud).toInt(&baudOk);
+    if (!baudOk || settings.baudRate <= 0)
+        return cli.usageError(QStringLiteral("--baud needs a positive whole number"));
+    Limits limits;
+    if (!parseLimits(cli, duration, lines, &limits))
+        return 2;
+    const QString defPath = parser.isSet(def)
+        ? parser.value(def)
+        : QDir(projectDir).filePath(QStringLiteral("dashboard_signals.def"));
+    if (parser.isSet(def) && !QFileInfo(defPath).isFile())
+        return cli.usageError(QStringLiteral("no such definition file: %1").arg(defPath));
+    if (!QFileInfo(defPath).isFile())
+        cli.note(QStringLiteral("%1 not found; the recording gets no companion definitions").arg(defPath));
+
+    RecordCommand recorder;
+    QString error;
+    if (!recorder.start(settings, projectDir, defPath, limits, &error))
+        return cli.fail(error);
+    QTextStream(stdout) << recorder.filePath() << Qt::endl;
+    cli.note(QStringLiteral("recording %1 at %2 baud; Ctrl+C stops").arg(settings.portName).arg(settings.baudRate));
+
+    QEventLoop loop;
+    QString reason;
+    connect(&recorder, &RecordCommand::finished, &loop, [&loop, &reason](int exitCode, const QString &why) {
+        reason = why;
+        loop.exit(exitCode);
+    });
+    const int exitCode = loop.exec();
+    cli.note(QStringLiteral("stopped: %1; %2 lines received, %3").arg(reason).arg(recorder.linesReceived())
+                 .arg(recorder.filePath()));
+    return exitCode;
+}

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "SerialSettings.h"
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+QT_BEGIN_NAMESPACE
+class QTimer;
+QT_END_NAMESPACE
+
+class RecordingWriter;
+class SerialManager;
+class TerminationNotifier;
+
+// ombrix-cli record --port NAME [--baud N] --project DIR [--def FILE]
+// [--duration S | --lines N]: records a serial port into the project's
+// "recordings" folder exactly as the window does (same file name, line
+// forms and companion definitions), prints the recording's path on stdout
+// and runs until the limit, SIGINT/SIGTERM, or the device going away.
+//
+// Exit codes: 0 after a clean stop (limit or signal), 1 when the port or
+// the file cannot be opened, 2 for bad arguments, 3 when the device
+// disappeared (the recording then holds every line received until then).
+class RecordCommand : public QObject
+{
+    Q_OBJECT
+
+public:
+    struct Limits
+    {
+        qint64 durationMs = 0; // 0: no time limit
+        qint64 lines = 0;      // 0: no line limit
+    };
+
+    static int run(const QStringList &args);
+
+    explicit RecordCommand(QObject *parent = nullptr);
+
+    // Opens the port, then starts the recording. False with *error set.
+    bool start(const SerialSettings &settings, const QString &projectDir,
+               const QString &definitionsPath, const Limits &limits, QString *error);
+    QString filePath() const;
+    qint64 linesReceived() const { return m_linesReceived; }
+
+    static constexpr int DeviceLostExitCode = 3;
+
+Q_SIGNALS:
+    // The recording has been closed; reason says why, for the user.
+    void finished(int exitCode, const QString &reason);
+
+private:
+    void connectSerial();
+    void onRawLine();
+    void onPortLost();
+    void finish(int exitCode, const QString &reason);
+
+    SerialManager *m_serial = nullptr;
+    RecordingWriter *m_writer = nullptr;
+    QTimer *m_durationTimer = nullptr;
+    TerminationNotifier *m_termination = nullptr;
+    QString m_lastSerialError;
+    qint64 m_lineLimit = 0;
+    qint64 m_linesReceived = 0;
+    bool m_accepting = false;
+};
