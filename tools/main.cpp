@@ -1,4 +1,6 @@
 // ombrix-cli: the command-line companion of the dashboard, for unattended work.
+#include "SimulateCommand.h"
+
 #include <QCoreApplication>
 #include <QStringList>
 #include <QTextStream>
@@ -14,7 +16,7 @@ using Command = std::function<int(const QStringList &)>;
 const std::map<QString, Command> &commands()
 {
     static const std::map<QString, Command> table = {
-        // {QStringLiteral("simulate"), &SimulateCommand::run},
+        {QStringLiteral("simulate"), &SimulateCommand::run},
     };
     return table;
 }
