@@ -1,0 +1,381 @@
+#include "SimulateCommand.h"
+
+#include "DeviceSimulator.h"
+#include "SignalDefinitions.h"
+
+#include <QCommandLineParser>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <poll.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace {
+
+volatile std::sig_atomic_t g_stopRequested = 0;
+
+void requestStop(int)
+{
+    g_stopRequested = 1;
+}
+
+// SIGINT/SIGTERM end the stream cleanly; without SA_RESTART so that a blocked
+// poll or write returns at once. A vanished reader must not kill us either.
+void installSignalHandlers()
+{
+    g_stopRequested = 0;
+    struct sigaction action = {};
+    action.sa_handler = requestStop;
+    sigemptyset(&action.sa_mask);
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
+constexpr int LinesPerChunk = 4096;          // lines built per burst at full speed
+constexpr qsizetype MaxPending = 512 * 1024; // bytes waiting for a slow reader before old lines go
+
+// Paces the stream: how many lines are due now, and whether time is up.
+class Pacer
+{
+public:
+    explicit Pacer(const SimulateCommand::Options &options)
+        : m_options(options)
+    {
+        m_clock.start();
+    }
+
+    bool finished(qint64 linesSent) const
+    {
+        if (g_stopRequested)
+            return true;
+        if (m_options.count >= 0 && linesSent >= m_options.count)
+            return true;
+        return m_options.duration >= 0 && m_clock.nsecsElapsed() >= qint64(m_options.duration * 1e9);
+    }
+
+    // Lines to produce now, given how many were produced so far.
+    qint64 due(qint64 produced) const
+    {
+        qint64 lines = LinesPerChunk;
+        if (m_options.rate > 0) {
+            const qint64 target = qint64(double(m_clock.nsecsElapsed()) * 1e-9 * m_options.rate) + 1;
+            lines = qMin<qint64>(target - produced, qint64(m_options.rate) + 1);
+        }
+        if (m_options.count >= 0)
+            lines = qMin(lines, m_options.count - produced);
+        return qMax<qint64>(lines, 0);
+    }
+
+    // Milliseconds until the next line is due (at most 20).
+    int waitMs() const { return m_options.rate > 0 ? qBound(1, int(1000.0 / m_options.rate), 20) : 0; }
+
+private:
+    const SimulateCommand::Options &m_options;
+    QElapsedTimer m_clock;
+};
+
+void appendDue(DeviceSimulator &simulator, QByteArray &out, qint64 lines)
+{
+    for (qint64 i = 0; i < lines; ++i)
+        simulator.appendLine(out);
+}
+
+// Drops whole lines from the front until at most limit bytes are left.
+void trimPending(QByteArray &pending, qsizetype limit)
+{
+    if (pending.size() <= limit)
+        return;
+    const qsizetype cut = pending.indexOf('\n', pending.size() - limit);
+    pending.remove(0, cut < 0 ? pending.size() : cut + 1);
+}
+
+// A pseudo-terminal master in raw mode; its slave is the device path a reader opens.
+class PseudoTerminal
+{
+public:
+    ~PseudoTerminal()
+    {
+        if (!m_link.isEmpty())
+            QFile::remove(m_link);
+        if (m_fd >= 0)
+            ::close(m_fd);
+    }
+
+    bool open(QString &error)
+    {
+        m_fd = posix_openpt(O_RDWR | O_NOCTTY);
+        if (m_fd < 0 || grantpt(m_fd) != 0 || unlockpt(m_fd) != 0) {
+            error = QStringLiteral("cannot open a pseudo-terminal: ") + QString::fromLocal8Bit(strerror(errno));
+            return false;
+        }
+        const char *name = ptsname(m_fd);
+        m_slavePath = name ? QString::fromLocal8Bit(name) : QString();
+        termios raw = {};
+        if (tcgetattr(m_fd, &raw) == 0) {
+            cfmakeraw(&raw);
+            tcsetattr(m_fd, TCSANOW, &raw);
+        }
+        fcntl(m_fd, F_SETFL, fcntl(m_fd, F_GETFL) | O_NONBLOCK);
+        return true;
+    }
+
+    bool link(const QString &path, QString &error)
+    {
+        QFileInfo existing(path);
+        if ((existing.exists() || existing.isSymLink()) && !QFile::remove(path)) {
+            error = QStringLiteral("cannot replace ") + path;
+            return false;
+        }
+        if (::symlink(QFile::encodeName(m_slavePath).constData(), QFile::encodeName(path).constData()) != 0) {
+            error = QStringLiteral("cannot create link ") + path + QStringLiteral(": ")
+                + QString::fromLocal8Bit(strerror(errno));
+            return false;
+        }
+        m_link = path;
+        return true;
+    }
+
+    // True while some reader has the slave side open.
+    bool readerAttached() const
+    {
+        pollfd p = {m_fd, 0, 0};
+        return ::poll(&p, 1, 0) >= 0 && !(p.revents & (POLLHUP | POLLERR));
+    }
+
+    // Writes what the terminal takes now; false when the reader went away.
+    bool writeSome(QByteArray &pending)
+    {
+        while (!pending.isEmpty()) {
+            const ssize_t n = ::write(m_fd, pending.constData(), size_t(pending.size()));
+            if (n > 0) {
+                pending.remove(0, n);
+                continue;
+            }
+            if (n < 0 && errno == EINTR)
+                continue;
+            return n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK);
+        }
+        return true;
+    }
+
+    void discardStale() const { tcflush(m_fd, TCIOFLUSH); }
+
+    // Waits until the terminal can take more bytes or timeoutMs pass.
+    void waitWritable(int timeoutMs) const
+    {
+        pollfd p = {m_fd, POLLOUT, 0};
+        ::poll(&p, 1, timeoutMs);
+    }
+
+    QString slavePath() const { return m_slavePath; }
+
+private:
+    int m_fd = -1;
+    QString m_slavePath;
+    QString m_link;
+};
+
+bool writeAll(int fd, const QByteArray &bytes)
+{
+    qsizetype done = 0;
+    while (done < bytes.size()) {
+        const ssize_t n = ::write(fd, bytes.constData() + done, size_t(bytes.size() - done));
+        if (n < 0) {
+            if (errno == EINTR && !g_stopRequested)
+                continue;
+            return false;
+        }
+        done += n;
+    }
+    return true;
+}
+
+} // namespace
+
+QString SimulateCommand::usage()
+{
+    return QStringLiteral(
+        "Usage: ombrix-cli simulate (--def FILE | --project DIR) [options]\n"
+        "\n"
+        "Streams a simulated device that sends every declared signal, state changes,\n"
+        "errors and messages. Without --stdout it opens a pseudo-terminal and prints\n"
+        "the device path to open in the dashboard.\n"
+        "\n"
+        "Options:\n"
+        "  --def FILE      definition file to simulate\n"
+        "  --project DIR   project folder (uses DIR/dashboard_signals.def)\n"
+        "  --rate N        lines per second (default 50; 0 = as fast as the reader takes them)\n"
+        "  --duration S    stop after S seconds (default: run until interrupted)\n"
+        "  --count N       stop after N lines\n"
+        "  --seed N        seed of the waveforms and events (default 1)\n"
+        "  --timestamps    start every line with the device time in seconds\n"
+        "  --stdout        write to standard output instead of a pseudo-terminal\n"
+        "  --link PATH     symbolic link to the device, replaced if present, removed at exit\n"
+        "  --help          show this help\n");
+}
+
+std::optional<SimulateCommand::Options> SimulateCommand::parseOptions(const QStringList &args, QString &error,
+                                                                      bool &help)
+{
+    QCommandLineParser parser;
+    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+    const QCommandLineOption def(QStringLiteral("def"), QString(), QStringLiteral("FILE"));
+    const QCommandLineOption project(QStringLiteral("project"), QString(), QStringLiteral("DIR"));
+    const QCommandLineOption rate(QStringLiteral("rate"), QString(), QStringLiteral("N"));
+    const QCommandLineOption duration(QStringLiteral("duration"), QString(), QStringLiteral("S"));
+    const QCommandLineOption count(QStringLiteral("count"), QString(), QStringLiteral("N"));
+    const QCommandLineOption seed(QStringLiteral("seed"), QString(), QStringLiteral("N"));
+    const QCommandLineOption timestamps(QStringLiteral("timestamps"));
+    const QCommandLineOption toStdout(QStringLiteral("stdout"));
+    const QCommandLineOption link(QStringLiteral("link"), QString(), QStringLiteral("PATH"));
+    const QCommandLineOption helpOption(QStringList{QStringLiteral("help"), QStringLiteral("h")});
+    parser.addOptions({def, project, rate, duration, count, seed, timestamps, toStdout, link, helpOption});
+
+    help = false;
+    if (!parser.parse(args)) {
+        error = parser.errorText();
+        return std::nullopt;
+    }
+    if (parser.isSet(helpOption)) {
+        help = true;
+        return std::nullopt;
+    }
+    if (!parser.positionalArguments().isEmpty()) {
+        error = QStringLiteral("unexpected argument '") + parser.positionalArguments().constFirst()
+            + QLatin1Char('\'');
+        return std::nullopt;
+    }
+
+    Options options;
+    if (parser.isSet(def) == parser.isSet(project)) {
+        error = QStringLiteral("give either --def FILE or --project DIR");
+        return std::nullopt;
+    }
+    options.defPath = parser.isSet(def) ? parser.value(def)
+                                        : QDir(parser.value(project)).filePath(QStringLiteral("dashboard_signals.def"));
+
+    bool ok = true;
+    const auto number = [&](const QCommandLineOption &option, double fallback) {
+        if (!parser.isSet(option))
+            return fallback;
+        bool converted = false;
+        const double value = parser.value(option).toDouble(&converted);
+        if (!converted || !(value >= 0.0) || qIsInf(value)) {
+            error = QStringLiteral("--") + option.names().constFirst() + QStringLiteral(" needs a number >= 0, not '")
+                + parser.value(option) + QLatin1Char('\'');
+            ok = false;
+        }
+        return value;
+    };
+    options.rate = number(rate, options.rate);
+    options.duration = ok ? number(duration, options.duration) : 0;
+    const double lines = ok ? number(count, -1) : 0;
+    options.count = lines < 0 ? -1 : qint64(lines);
+    if (ok && parser.isSet(seed)) {
+        options.seed = parser.value(seed).toULongLong(&ok);
+        if (!ok)
+            error = QStringLiteral("--seed needs a whole number, not '") + parser.value(seed) + QLatin1Char('\'');
+    }
+    if (!ok)
+        return std::nullopt;
+    options.timestamps = parser.isSet(timestamps);
+    options.toStdout = parser.isSet(toStdout);
+    options.linkPath = parser.value(link);
+    return options;
+}
+
+int SimulateCommand::run(const QStringList &args)
+{
+    QString error;
+    bool help = false;
+    const std::optional<Options> options = parseOptions(args, error, help);
+    if (help) {
+        std::fputs(usage().toLocal8Bit().constData(), stdout);
+        return 0;
+    }
+    SignalDefinitions defs;
+    if (options && !defs.load(options->defPath))
+        error = defs.lastError();
+    if (!error.isEmpty()) {
+        std::fprintf(stderr, "ombrix-cli simulate: %s\n%s", error.toLocal8Bit().constData(),
+                     usage().toLocal8Bit().constData());
+        return 2;
+    }
+
+    DeviceSimulator simulator(defs, options->seed);
+    simulator.setTimestamps(options->timestamps);
+    simulator.setLineInterval(options->rate > 0 ? 1.0 / options->rate : 0.001);
+    installSignalHandlers();
+    return options->toStdout ? streamToStdout(simulator, *options) : streamToPty(simulator, *options);
+}
+
+int SimulateCommand::streamToStdout(DeviceSimulator &simulator, const Options &options)
+{
+    std::fflush(stdout);
+    Pacer pacer(options);
+    QByteArray chunk;
+    chunk.reserve(1024 * 1024);
+    qint64 produced = 0;
+    while (!pacer.finished(produced)) {
+        const qint64 lines = pacer.due(produced);
+        if (lines == 0) {
+            ::usleep(useconds_t(pacer.waitMs()) * 1000);
+            continue;
+        }
+        chunk.resize(0);
+        appendDue(simulator, chunk, lines);
+        produced += lines;
+        if (!writeAll(STDOUT_FILENO, chunk))
+            break; // the reader closed the pipe
+    }
+    return 0;
+}
+
+int SimulateCommand::streamToPty(DeviceSimulator &simulator, const Options &options)
+{
+    PseudoTerminal terminal;
+    QString error;
+    if (!terminal.open(error) || (!options.linkPath.isEmpty() && !terminal.link(options.linkPath, error))) {
+        std::fprintf(stderr, "ombrix-cli simulate: %s\n", error.toLocal8Bit().constData());
+        return 1;
+    }
+    const QString devicePath = options.linkPath.isEmpty() ? terminal.slavePath() : options.linkPath;
+    std::printf("%s\n", devicePath.toLocal8Bit().constData());
+    std::fflush(stdout);
+
+    Pacer pacer(options);
+    QByteArray pending;
+    qint64 produced = 0;
+    bool attached = false;
+    while (!pacer.finished(produced)) {
+        const bool nowAttached = terminal.readerAttached();
+        if (nowAttached && !attached)
+            terminal.discardStale(); // nothing from before the reader opened the port
+        attached = nowAttached;
+        const bool fullSpeed = options.rate <= 0;
+        const qint64 lines = (fullSpeed && (!attached || pending.size() >= MaxPending / 2)) ? 0 : pacer.due(produced);
+        appendDue(simulator, pending, lines);
+        produced += lines;
+        if (!attached) {
+            pending.clear(); // nobody listens: the device talks into the void
+            ::usleep(20 * 1000);
+            continue;
+        }
+        trimPending(pending, MaxPending);
+        if (!terminal.writeSome(pending))
+            pending.clear(); // the reader closed between poll and write
+        if (!pending.isEmpty())
+            terminal.waitWritable(20);
+        else if (!fullSpeed)
+            ::usleep(useconds_t(pacer.waitMs()) * 1000);
+    }
+    return 0;
+}
