@@ -21,7 +21,8 @@
  * - The first token is the time; a line whose first token is not a finite
  *   number is skipped.
  * - A second token that is exactly "RAW" makes the remaining tokens, joined
- *   with single spaces, the line's message (the form a person would write).
+ *   with single spaces, the line's message (the form a person would write);
+ *   an empty message is dropped.
  * - A second token that starts with "RAW" and has no "=" or its first "="
  *   right after "RAW" ("RAWhello", "RAW=5") is a message as the writer puts
  *   it: the message is the line's text after "RAW". A live message never
@@ -31,7 +32,9 @@
  *   is a state, ERR=<id> an error, any other key with a numeric value a
  *   value; words that fit no rule are ignored.
  * - Consecutive lines with the same time form one frame: a later value of
- *   the same signal overwrites, events append in file order. A time that
+ *   the same signal overwrites, events append in file order. A line that
+ *   carries nothing (only a time, or only malformed words) adds no frame.
+ *   A time that
  *   goes backwards (a device that restarted its clock) is held at the
  *   previous time, so that frames stay in file order and ascending.
  */
@@ -51,7 +54,9 @@ public:
     void finish();
 
 private:
-    void beginFrame(double t);
+    // The frame of the current line, created on its first content, so that
+    // a line that carries nothing adds no frame.
+    int currentFrame();
     void addMessage(QString text);
     void addToken(QStringView token);
     void setValue(int name, double value);
@@ -61,6 +66,8 @@ private:
     Recording &r;
     QHash<QStringView, int> m_nameIndex; // views into r.m_names
     QHash<QStringView, int> m_wordIndex; // views into r.m_words
+    double m_lineTime = 0.0;
+    bool m_lineHasFrame = false;
 };
 
 void RecordingLoader::reserveFor(qint64 fileBytes)
@@ -84,7 +91,8 @@ void RecordingLoader::addLine(QStringView line)
     const double t = NumberParser::toDouble(first, &ok);
     if (!ok || !std::isfinite(t))
         return;
-    beginFrame(t);
+    m_lineTime = t;
+    m_lineHasFrame = false;
 
     const QStringView second = LineParser::nextToken(line, pos);
     if (second.isNull())
@@ -109,22 +117,26 @@ void RecordingLoader::addLine(QStringView line)
         addToken(token);
 }
 
-void RecordingLoader::beginFrame(double t)
+int RecordingLoader::currentFrame()
 {
-    if (!r.m_times.isEmpty()) {
-        const double last = r.m_times.constLast();
-        if (t <= last)
-            return; // same time (or backwards): the line joins the last frame
+    if (!m_lineHasFrame) {
+        m_lineHasFrame = true;
+        // Same time (or backwards): the line joins the last frame.
+        if (r.m_times.isEmpty() || m_lineTime > r.m_times.constLast()) {
+            r.m_times.append(m_lineTime);
+            if (r.m_valueBegin.isEmpty())
+                r.m_valueBegin.append(0);
+            r.m_valueBegin.append(int(r.m_values.size()));
+        }
     }
-    r.m_times.append(t);
-    if (r.m_valueBegin.isEmpty())
-        r.m_valueBegin.append(0);
-    r.m_valueBegin.append(int(r.m_values.size()));
+    return int(r.m_times.size()) - 1;
 }
 
 void RecordingLoader::addMessage(QString text)
 {
-    const int frame = int(r.m_times.size()) - 1;
+    if (text.isEmpty())
+        return;
+    const int frame = currentFrame();
     r.m_messages.append({frame, int(r.m_messageTexts.size())});
     r.m_messageTexts.append(std::move(text));
 }
@@ -136,22 +148,23 @@ void RecordingLoader::addToken(QStringView token)
         return;
     const QStringView key = token.first(equals).trimmed();
     const QStringView value = token.sliced(equals + 1).trimmed();
-    const int frame = int(r.m_times.size()) - 1;
     if (key.startsWith(u"ST_")) {
         const QStringView group = key.sliced(3);
         if (!group.isEmpty() && !value.isEmpty())
-            r.m_states.append({frame, internWord(group), internWord(value)});
+            r.m_states.append({currentFrame(), internWord(group), internWord(value)});
         return;
     }
     if (key == u"ERR") {
         if (!value.isEmpty())
-            r.m_errors.append({frame, internWord(value)});
+            r.m_errors.append({currentFrame(), internWord(value)});
         return;
     }
     bool ok = false;
     const double number = NumberParser::toDouble(value, &ok);
-    if (ok)
+    if (ok) {
+        currentFrame();
         setValue(internName(key), number);
+    }
 }
 
 void RecordingLoader::setValue(int name, double value)

@@ -106,8 +106,16 @@ void SignalPlaybackEngine::start()
     restartClock();
     m_lastElapsed = 0;
     m_playTime = m_currentTime;
+    beginRun(m_playTime);
     Q_EMIT playbackTimeAdvanced(m_currentTime);
     m_timer->start();
+}
+
+void SignalPlaybackEngine::beginRun(double fromTime)
+{
+    m_runBase = fromTime;
+    m_runMs = 0;
+    m_runRate = m_playbackRate;
 }
 
 void SignalPlaybackEngine::pause()
@@ -120,7 +128,13 @@ void SignalPlaybackEngine::reset()
     m_index = 0;
     m_currentTime = 0.0;
     m_playTime = 0.0;
+    beginRun(0.0);
     m_clock.invalidate();
+    // Still playing: the clock restarts so that the next tick steps normally.
+    if (isPlaying()) {
+        restartClock();
+        m_lastElapsed = 0;
+    }
     if (m_slider)
         m_slider->setValue(0);
 }
@@ -132,8 +146,12 @@ void SignalPlaybackEngine::tick()
         const qint64 reading = clockReading();
         const qint64 dt = reading - m_lastElapsed;
         m_lastElapsed = reading;
-        if (dt >= 1 && dt < MaxStepMs)
-            m_playTime += dt / 1000.0 * m_playbackRate;
+        if (dt >= 1 && dt < MaxStepMs) {
+            if (m_playbackRate != m_runRate)
+                beginRun(m_playTime);
+            m_runMs += dt;
+            m_playTime = m_runBase + m_runMs / 1000.0 * m_runRate;
+        }
         m_currentTime = m_playTime;
 
         while (m_index < count && m_playTime >= m_frames.timeAt(m_index))
@@ -186,8 +204,10 @@ void SignalPlaybackEngine::seek(double tSec)
         emitPreviewHistory(tSec);
     m_currentTime = tSec;
     // A running clock continues from the new position.
-    if (isPlaying())
+    if (isPlaying()) {
         m_playTime = tSec;
+        beginRun(tSec);
+    }
 
     const int last = std::max(0, m_index - 1);
     if (count > 0)

@@ -106,6 +106,7 @@ private:
     void restartClock();
     qint64 clockReading() const;
     void updateSlider();
+    void beginRun(double fromTime);
 
     Recording m_frames;
     QTimer *m_timer = nullptr;
@@ -123,4 +124,9 @@ private:
 
     ClockSource m_clockSource;
     qint64 m_clockOrigin = 0;
+    // playTime = m_runBase + m_runMs / 1000 * m_runRate: summing whole
+    // milliseconds keeps long runs free of rounding drift.
+    double m_runBase = 0.0;
+    qint64 m_runMs = 0;
+    double m_runRate = 1.0;
 };
