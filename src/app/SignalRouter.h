@@ -7,6 +7,8 @@
 #include <QPointer>
 #include <QString>
 
+#include "SignalDefinitions.h"
+
 QT_BEGIN_NAMESPACE
 class QGraphicsScene;
 QT_END_NAMESPACE
@@ -14,7 +16,6 @@ QT_END_NAMESPACE
 class DashboardWidget;
 class ErrorConsoleWidget;
 class MessagesConsoleWidget;
-class SignalDefinitions;
 class StateIndicatorWidget;
 
 /**
@@ -45,6 +46,7 @@ public:
     explicit SignalRouter(QGraphicsScene *scene, QObject *parent = nullptr);
 
     /// The catalogue in force (recording-specific or current); may be null.
+    /// Call again after reloading it, so the cached mappings are re-read.
     void setDefinitions(const SignalDefinitions *defs);
     const SignalDefinitions *definitions() const { return m_defs; }
 
@@ -99,7 +101,8 @@ private:
 
     void ensureIndex();
     void rebuildIndex();
-    void deliver(const QString &name, double value, double tSec);
+    void ensureMappings() const;
+    void deliver(const QString &name, double value, double tSec, QList<DashboardWidget *> *batch);
 
     QPointer<QGraphicsScene> m_scene;
     const SignalDefinitions *m_defs = nullptr;
@@ -109,5 +112,8 @@ private:
     QList<QPointer<StateIndicatorWidget>> m_stateIndicators;
     QList<QPointer<ErrorConsoleWidget>> m_errorConsoles;
     QList<QPointer<MessagesConsoleWidget>> m_messagesConsoles;
-    QList<Target> m_batching;
+    // First mapping per name, as SignalDefinitions::mappingFor() answers.
+    mutable QHash<QString, SignalMapping> m_mappings;
+    mutable const SignalMapping *m_mappingsSource = nullptr;
+    mutable qsizetype m_mappingsCount = -1;
 };

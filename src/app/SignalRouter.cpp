@@ -1,0 +1,261 @@
+#include "SignalRouter.h"
+
+#include "DashboardItem.h"
+#include "DashboardWidget.h"
+#include "ErrorConsoleWidget.h"
+#include "MessagesConsoleWidget.h"
+#include "StateIndicatorWidget.h"
+
+#include <QGraphicsScene>
+#include <QSet>
+
+namespace {
+
+bool hasBatchMethods(const QObject *object)
+{
+    const QMetaObject *meta = object->metaObject();
+    return meta->indexOfMethod("beginBatch()") >= 0 && meta->indexOfMethod("endBatch()") >= 0;
+}
+
+template<typename W>
+QList<W *> alive(const QList<QPointer<W>> &pointers)
+{
+    QList<W *> result;
+    result.reserve(pointers.size());
+    for (const QPointer<W> &pointer : pointers) {
+        if (pointer)
+            result.append(pointer.data());
+    }
+    return result;
+}
+
+} // namespace
+
+SignalRouter::SignalRouter(QGraphicsScene *scene, QObject *parent)
+    : QObject(parent)
+    , m_scene(scene)
+{
+}
+
+void SignalRouter::setDefinitions(const SignalDefinitions *defs)
+{
+    m_defs = defs;
+    m_mappingsSource = nullptr;
+    m_mappingsCount = -1;
+}
+
+void SignalRouter::invalidate()
+{
+    m_dirty = true;
+}
+
+QString SignalRouter::routingName(const QString &boundName)
+{
+    const qsizetype colon = boundName.indexOf(QLatin1Char(':'));
+    return (colon < 0 ? boundName : boundName.left(colon)).trimmed();
+}
+
+void SignalRouter::ensureMappings() const
+{
+    const QList<SignalMapping> &mappings = m_defs->mappings();
+    if (mappings.constData() == m_mappingsSource && mappings.size() == m_mappingsCount)
+        return;
+    m_mappings.clear();
+    for (const SignalMapping &mapping : mappings) {
+        if (!m_mappings.contains(mapping.name))
+            m_mappings.insert(mapping.name, mapping);
+    }
+    m_mappingsSource = mappings.constData();
+    m_mappingsCount = mappings.size();
+}
+
+double SignalRouter::mappedValue(const QString &name, double raw) const
+{
+    if (!m_defs)
+        return raw;
+    ensureMappings();
+    const auto it = m_mappings.constFind(name);
+    return it == m_mappings.constEnd() ? raw : it->apply(raw);
+}
+
+QString SignalRouter::errorText(const QString &errorId) const
+{
+    if (m_defs) {
+        const auto error = m_defs->errorFor(errorId);
+        if (error && !error->text.isEmpty())
+            return error->text;
+    }
+    return errorId;
+}
+
+QString SignalRouter::stateLabel(const QString &groupId, const QString &stateId, const QString &label) const
+{
+    if (!label.isEmpty() || !m_defs)
+        return label;
+    const auto state = m_defs->stateFor(groupId, stateId);
+    return state ? state->label : QString();
+}
+
+void SignalRouter::routeValue(const QString &name, double raw, double tSec)
+{
+    ensureIndex();
+    deliver(name, mappedValue(name, raw), tSec, nullptr);
+}
+
+void SignalRouter::routeValues(const QMap<QString, double> &values, double tSec)
+{
+    ensureIndex();
+    QList<DashboardWidget *> batch;
+    for (auto it = values.constBegin(); it != values.constEnd(); ++it)
+        deliver(it.key(), mappedValue(it.key(), it.value()), tSec, &batch);
+    for (DashboardWidget *widget : std::as_const(batch))
+        QMetaObject::invokeMethod(widget, "endBatch");
+}
+
+void SignalRouter::deliver(const QString &name, double value, double tSec, QList<DashboardWidget *> *batch)
+{
+    const auto it = m_bySignal.constFind(name);
+    if (it == m_bySignal.constEnd())
+        return;
+    for (const Target &target : *it) {
+        DashboardWidget *widget = target.widget.data();
+        if (!widget) {
+            m_dirty = true;
+            continue;
+        }
+        if (batch && target.batches && !batch->contains(widget)) {
+            QMetaObject::invokeMethod(widget, "beginBatch");
+            batch->append(widget);
+        }
+        widget->setValueForSignalAt(name, value, tSec);
+    }
+}
+
+void SignalRouter::routeState(const QString &groupId, const QString &stateId, const QString &label)
+{
+    ensureIndex();
+    const QString shown = stateLabel(groupId, stateId, label);
+    for (StateIndicatorWidget *indicator : alive(m_stateIndicators)) {
+        if (indicator->groupId() == groupId)
+            indicator->setState(stateId, shown);
+    }
+}
+
+void SignalRouter::routeError(double tSec, const QString &errorId)
+{
+    ensureIndex();
+    const QString text = errorText(errorId);
+    for (ErrorConsoleWidget *console : alive(m_errorConsoles))
+        console->appendError(tSec, errorId, text);
+}
+
+void SignalRouter::routeMessage(double tSec, const QString &text)
+{
+    ensureIndex();
+    for (MessagesConsoleWidget *console : alive(m_messagesConsoles))
+        console->appendMessage(tSec, text);
+}
+
+void SignalRouter::clearErrors()
+{
+    for (ErrorConsoleWidget *console : errorConsoles())
+        console->clear();
+}
+
+void SignalRouter::clearMessages()
+{
+    for (MessagesConsoleWidget *console : messagesConsoles())
+        console->clear();
+}
+
+QList<DashboardWidget *> SignalRouter::dashboardWidgets() const
+{
+    QList<DashboardWidget *> widgets;
+    if (!m_scene)
+        return widgets;
+    const QList<QGraphicsItem *> items = m_scene->items();
+    for (QGraphicsItem *item : items) {
+        if (item->parentItem())
+            continue;
+        if (auto *dashboardItem = qgraphicsitem_cast<DashboardItem *>(item)) {
+            if (DashboardWidget *widget = dashboardItem->dashboardWidget())
+                widgets.append(widget);
+        }
+    }
+    return widgets;
+}
+
+QList<DashboardWidget *> SignalRouter::widgetsOfType(const QString &typeName) const
+{
+    QList<DashboardWidget *> widgets = dashboardWidgets();
+    widgets.removeIf([&typeName](const DashboardWidget *widget) { return widget->typeName() != typeName; });
+    return widgets;
+}
+
+QList<DashboardWidget *> SignalRouter::widgetsForSignal(const QString &name)
+{
+    ensureIndex();
+    QList<DashboardWidget *> widgets;
+    for (const Target &target : m_bySignal.value(name)) {
+        if (target.widget)
+            widgets.append(target.widget.data());
+    }
+    return widgets;
+}
+
+QList<StateIndicatorWidget *> SignalRouter::stateIndicators()
+{
+    ensureIndex();
+    return alive(m_stateIndicators);
+}
+
+QList<ErrorConsoleWidget *> SignalRouter::errorConsoles()
+{
+    ensureIndex();
+    return alive(m_errorConsoles);
+}
+
+QList<MessagesConsoleWidget *> SignalRouter::messagesConsoles()
+{
+    ensureIndex();
+    return alive(m_messagesConsoles);
+}
+
+void SignalRouter::ensureIndex()
+{
+    const qsizetype count = m_scene ? m_scene->items().size() : 0;
+    if (m_dirty || count != m_itemCount) {
+        m_itemCount = count;
+        rebuildIndex();
+    }
+}
+
+void SignalRouter::rebuildIndex()
+{
+    m_dirty = false;
+    m_bySignal.clear();
+    m_stateIndicators.clear();
+    m_errorConsoles.clear();
+    m_messagesConsoles.clear();
+
+    const QList<DashboardWidget *> widgets = dashboardWidgets();
+    for (DashboardWidget *widget : widgets) {
+        if (auto *indicator = qobject_cast<StateIndicatorWidget *>(widget))
+            m_stateIndicators.append(indicator);
+        else if (auto *errors = qobject_cast<ErrorConsoleWidget *>(widget))
+            m_errorConsoles.append(errors);
+        else if (auto *messages = qobject_cast<MessagesConsoleWidget *>(widget))
+            m_messagesConsoles.append(messages);
+
+        const bool batches = hasBatchMethods(widget);
+        QSet<QString> seen;
+        const QStringList bound = widget->signalNames();
+        for (const QString &entry : bound) {
+            const QString name = routingName(entry);
+            if (name.isEmpty() || seen.contains(name))
+                continue;
+            seen.insert(name);
+            m_bySignal[name].append(Target{widget, batches});
+        }
+    }
+}
