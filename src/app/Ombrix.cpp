@@ -1,9 +1,37 @@
 #include "Ombrix.h"
 
+#include "ClickableLabel.h"
+#include "Dashboard.h"
+#include "DashboardItem.h"
+#include "DesignScene.h"
+#include "EventsCsvExporter.h"
+#include "LayoutFile.h"
+#include "MainToolBars.h"
+#include "PlaybackScrubber.h"
+#include "PlaybackSession.h"
+#include "ProgressRunner.h"
+#include "RecordingWriter.h"
+#include "SerialManager.h"
 #include "SignalDefinitions.h"
+#include "SignalPlaybackEngine.h"
+#include "SignalRouter.h"
+#include "SignalsCsvExporter.h"
 #include "UserPrompts.h"
+#include "WidgetPalette.h"
 
+#include <QAction>
+#include <QCheckBox>
+#include <QDateTime>
+#include <QDebug>
 #include <QDir>
+#include <QDoubleSpinBox>
+#include <QGraphicsView>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QSlider>
+#include <QStyle>
+#include <QStyleFactory>
+#include <QToolButton>
 #include <QFileInfo>
 #include <QSettings>
 #include <QStandardPaths>
@@ -26,11 +54,111 @@ Ombrix::Ombrix(QWidget *parent)
     : QMainWindow(parent)
     , m_prompts(std::make_unique<UserPrompts>())
 {
-    statusBar();
+    QStyle *fusion = QStyleFactory::create(QStringLiteral("Fusion"));
+    if (fusion) {
+        fusion->setParent(this);
+        setStyle(fusion);
+    }
+    m_toolBars = new MainToolBars(this);
+    buildCentralArea();
+
+    m_modeLabel = new QLabel(this);
+    m_modeLabel->setObjectName(QStringLiteral("modeLabel"));
+    statusBar()->addPermanentWidget(m_modeLabel);
+
+    m_router = new SignalRouter(m_dashboard->scene(), this);
+    m_serial = new SerialManager(this);
+    m_recorder = new RecordingWriter(this);
+    m_playback = new PlaybackSession(m_toolBars->positionSlider, this);
+
+    connectSerial();
+    connectPlayback();
+    connect(m_toolBars->designAction, &QAction::triggered, this, &Ombrix::designButton);
+    connect(m_toolBars->saveLayoutAction, &QAction::triggered, this, &Ombrix::saveButton);
+    connect(m_toolBars->loadLayoutAction, &QAction::triggered, this, &Ombrix::loadButton);
+    connect(m_toolBars->recordAction, &QAction::triggered, this, &Ombrix::recordButton);
+    connect(m_toolBars->stopAction, &QAction::triggered, this, &Ombrix::stopButton);
+    connect(m_toolBars->playAction, &QAction::triggered, this, &Ombrix::playButton);
+    connect(m_toolBars->exportSignalsAction, &QAction::triggered, this, &Ombrix::exportButton);
+    connect(m_toolBars->exportEventsAction, &QAction::triggered, this, &Ombrix::exportEventsButton);
+    connect(m_toolBars->playbackFileLabel, &ClickableLabel::clicked, this, &Ombrix::selectPlaybackFile);
+
+    m_serial->refreshPorts();
+    refreshModeDisplay();
+}
+
+void Ombrix::buildCentralArea()
+{
+    auto *central = new QWidget(this);
+    auto *layout = new QHBoxLayout(central);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    m_palette = new WidgetPalette(central);
+    m_palette->setEnabled(false);
+    m_dashboard = new Dashboard(central);
+    layout->addWidget(m_palette);
+    layout->addWidget(m_dashboard->view(), 1);
+    setCentralWidget(central);
+    connect(m_palette, &WidgetPalette::widgetRequested, this, &Ombrix::onWidgetRequested);
+}
+
+void Ombrix::connectSerial()
+{
+    connect(m_toolBars->connectButton, &QToolButton::clicked, this, &Ombrix::onConnectClicked);
+    connect(m_serial, &SerialManager::portsChanged, this, &Ombrix::onPortsChanged);
+    connect(m_serial, &SerialManager::errorOccurred, this, &Ombrix::onSerialError);
+    connect(m_serial, &SerialManager::portLost, this, &Ombrix::onPortLost);
+    connect(m_serial, &SerialManager::lineParsed, this, &Ombrix::onLineParsed);
+    connect(m_serial, &SerialManager::errorParsed, this, &Ombrix::onErrorParsed);
+    connect(m_serial, &SerialManager::stateParsed, this, &Ombrix::onStateParsed);
+    connect(m_serial, &SerialManager::unrecognizedParsed, this, &Ombrix::onUnrecognizedParsed);
+}
+
+void Ombrix::connectPlayback()
+{
+    SignalPlaybackEngine *engine = m_playback->engine();
+    connect(m_toolBars->speedBox, &QDoubleSpinBox::valueChanged, engine, &SignalPlaybackEngine::setPlaybackRate);
+    connect(m_toolBars->useRecordingDefinitionsBox, &QCheckBox::toggled, this, &Ombrix::applyRecordingDefinitions);
+
+    connect(engine, &SignalPlaybackEngine::signalValuesUpdatedAt, this, &Ombrix::onPlaybackValuesAt);
+    connect(engine, &SignalPlaybackEngine::signalValuesUpdated, this, [this](const QMap<QString, double> &values) {
+        // While playing every frame also arrives time-stamped; this one only
+        // matters after a seek, to show the values in force at the position.
+        SignalPlaybackEngine *engine = m_playback->engine();
+        if (!engine->isPlaying())
+            onPlaybackValuesAt(engine->frames().timeAt(qMax(0, engine->index() - 1)), values);
+    });
+    connect(engine, &SignalPlaybackEngine::stateEvent, this,
+            [this](double, const QString &group, const QString &state) { onPlaybackStateEvent(group, state); });
+    connect(engine, &SignalPlaybackEngine::errorEvent, this, [this](double t, const QString &id) {
+        m_playbackEventTime = t;
+        onPlaybackErrorEvent(id);
+    });
+    connect(engine, &SignalPlaybackEngine::messageEvent, this, [this](double t, const QString &text) {
+        m_playbackEventTime = t;
+        onPlaybackMessageEvent(text);
+    });
+    connect(engine, &SignalPlaybackEngine::errorReset, this, &Ombrix::onPlaybackErrorReset);
+    connect(engine, &SignalPlaybackEngine::messageReset, this, &Ombrix::onPlaybackMessageReset);
+    connect(engine, &SignalPlaybackEngine::dataReset, m_dashboard, &Dashboard::clearPlots);
+    connect(engine, &SignalPlaybackEngine::playbackFinished, this, [this] {
+        if (m_mode == Play)
+            setMode(Idle);
+    });
+
+    PlaybackScrubber *scrubber = m_playback->scrubber();
+    scrubber->setTimeWindowProvider([this] { return m_dashboard->largestTrendWindowMs(); });
+    scrubber->setPlayModeQuery([this] { return m_mode == Play; });
+    connect(scrubber, &PlaybackScrubber::scrubStarted, this, [this] { m_dashboard->setTrendPlotsFrozen(true); });
+    connect(scrubber, &PlaybackScrubber::positionScrubbed, m_dashboard, &Dashboard::moveTrendPlotsTo);
+    connect(scrubber, &PlaybackScrubber::timeTextChanged, m_toolBars->timeLabel, &QLabel::setText);
 }
 
 Ombrix::~Ombrix()
 {
+    // Whatever arrived is on disk before the window goes.
+    if (m_recorder->isRecording())
+        m_recorder->stop();
     if (SignalDefinitions::current() == m_definitions.get())
         SignalDefinitions::setCurrent(nullptr);
 }
@@ -137,6 +265,28 @@ void Ombrix::promptForProject()
 
 void Ombrix::onDefinitionsReplaced()
 {
+    m_dashboard->updateWidgets();
+    updateRouterDefinitions();
+}
+
+const SignalDefinitions *Ombrix::definitionsInForce() const
+{
+    const SignalDefinitions *recording = m_playback->recordingDefinitions();
+    return recording ? recording : m_definitions.get();
+}
+
+void Ombrix::updateRouterDefinitions()
+{
+    const SignalDefinitions *defs = definitionsInForce();
+    m_router->setDefinitions(defs);
+    m_playback->engine()->setKnownGroups(defs ? defs->stateGroupIds() : QStringList());
+}
+
+QString Ombrix::projectSubfolder(const QString &name) const
+{
+    const QString folder = m_projectDir + QLatin1Char('/') + name;
+    QDir(folder).mkpath(QStringLiteral("."));
+    return folder;
 }
 
 void Ombrix::showTransientMessage(const QString &text, int timeoutMs)
@@ -147,4 +297,465 @@ void Ombrix::showTransientMessage(const QString &text, int timeoutMs)
 void Ombrix::scheduleClose()
 {
     QTimer::singleShot(0, this, &QWidget::close);
+}
+
+SignalPlaybackEngine *Ombrix::engine() const
+{
+    return m_playback->engine();
+}
+
+// --- serial link -----------------------------------------------------------
+
+void Ombrix::onConnectClicked()
+{
+    qDebug() << "Connect clicked";
+    if (m_serial->isOpen()) {
+        disconnectPort();
+        return;
+    }
+    connectPort(m_toolBars->portName(), m_toolBars->baudRate());
+}
+
+bool Ombrix::connectPort(const QString &portName, int baudRate)
+{
+    m_toolBars->setPortName(portName);
+    m_toolBars->setBaudRate(baudRate);
+    SerialSettings settings;
+    settings.portName = portName;
+    settings.baudRate = baudRate;
+    const bool opened = !portName.isEmpty() && m_serial->open(settings);
+    if (!opened) {
+        qDebug() << "Not open";
+        if (portName.isEmpty())
+            showTransientMessage(tr("Choose a serial port first."), 5000);
+    }
+    m_toolBars->setConnected(opened);
+    return opened;
+}
+
+void Ombrix::disconnectPort()
+{
+    m_serial->close();
+    m_toolBars->setConnected(false);
+}
+
+void Ombrix::onPortsChanged(const QStringList &ports)
+{
+    m_toolBars->setPorts(ports);
+}
+
+void Ombrix::onSerialError(const QString &message)
+{
+    showTransientMessage(tr("Serial port error: %1").arg(message), 10000);
+    if (!m_serial->isOpen())
+        m_toolBars->setConnected(false);
+}
+
+void Ombrix::onPortLost(const QString &portName)
+{
+    m_toolBars->setConnected(false);
+    if (m_mode == Record) {
+        const QString file = m_recorder->filePath();
+        setMode(Idle);
+        showTransientMessage(tr("Port %1 lost: recording stopped, everything received is in %2")
+                                 .arg(portName, QFileInfo(file).fileName()),
+                             0);
+        return;
+    }
+    showTransientMessage(tr("Port %1 lost.").arg(portName), 0);
+}
+
+// --- live data ---------------------------------------------------------------
+
+bool Ombrix::liveInputMuted() const
+{
+    return m_muteLiveInputDuringPlayback && (m_mode == Play || m_mode == Pause);
+}
+
+void Ombrix::onLineParsed(double timestamp, const QMap<QString, double> &values)
+{
+    if (liveInputMuted())
+        return;
+    for (auto it = values.cbegin(); it != values.cend(); ++it)
+        m_latestValues.insert(it.key(), it.value());
+    if (m_mode != Play && m_mode != Pause)
+        m_router->routeValues(values, QDateTime::currentMSecsSinceEpoch() / 1000.0);
+    if (m_recorder->isRecording())
+        m_recorder->appendValues(timestamp, values);
+}
+
+void Ombrix::onErrorParsed(double timestamp, const QString &errorId)
+{
+    if (m_recorder->isRecording())
+        m_recorder->appendError(timestamp, errorId);
+    m_router->routeError(timestamp, errorId);
+}
+
+void Ombrix::onStateParsed(double timestamp, const QString &group, const QString &state)
+{
+    if (m_recorder->isRecording())
+        m_recorder->appendState(timestamp, group, state);
+    m_router->routeState(group, state);
+}
+
+void Ombrix::onUnrecognizedParsed(double timestamp, const QString &text)
+{
+    m_router->routeMessage(timestamp, text);
+    if (m_recorder->isRecording())
+        m_recorder->appendMessage(timestamp, text);
+}
+
+// --- played-back data ------------------------------------------------------
+
+void Ombrix::onPlaybackValuesAt(double timeSec, const QMap<QString, double> &values)
+{
+    m_router->routeValues(values, timeSec);
+}
+
+void Ombrix::onPlaybackStateEvent(const QString &group, const QString &state)
+{
+    m_router->routeState(group, state);
+}
+
+void Ombrix::onPlaybackErrorEvent(const QString &errId)
+{
+    m_router->routeError(m_playbackEventTime, errId);
+}
+
+void Ombrix::onPlaybackErrorReset()
+{
+    m_router->clearErrors();
+}
+
+void Ombrix::onPlaybackMessageEvent(const QString &text)
+{
+    m_router->routeMessage(m_playbackEventTime, text);
+}
+
+void Ombrix::onPlaybackMessageReset()
+{
+    m_router->clearMessages();
+}
+
+// --- modes -----------------------------------------------------------------
+
+void Ombrix::designButton()
+{
+    setMode(m_mode == Design ? Idle : Design);
+}
+
+void Ombrix::recordButton()
+{
+    setMode(Record);
+}
+
+void Ombrix::playButton()
+{
+    setMode(Play);
+}
+
+void Ombrix::stopButton()
+{
+    setMode(m_mode == Play ? Pause : Idle);
+    refreshModeDisplay();
+}
+
+void Ombrix::setMode(OperatingMode mode)
+{
+    if (mode == m_mode) {
+        refreshModeDisplay();
+        return;
+    }
+    // A recording that cannot start leaves the current mode untouched.
+    if (mode == Record && !startRecording()) {
+        refreshModeDisplay();
+        return;
+    }
+    leaveMode(m_mode);
+    m_mode = mode;
+    enterMode(mode);
+    refreshModeDisplay();
+}
+
+void Ombrix::leaveMode(OperatingMode mode)
+{
+    switch (mode) {
+    case Design:
+        m_palette->setEnabled(false);
+        m_dashboard->setDesignMode(false);
+        m_dashboard->setTrendPlotsFrozen(false);
+        m_router->invalidate();
+        qDebug() << "Design mode ended";
+        break;
+    case Record:
+        stopRecording();
+        qDebug() << "Record mode ended";
+        break;
+    case Play:
+        qDebug() << "Play mode ended";
+        m_playback->engine()->pause();
+        break;
+    case Pause:
+    case Idle:
+        break;
+    }
+}
+
+bool Ombrix::enterMode(OperatingMode mode)
+{
+    switch (mode) {
+    case Design:
+        qDebug() << "Design mode started";
+        m_palette->setEnabled(true);
+        m_dashboard->setDesignMode(true);
+        m_playback->dropRecordingDefinitions();
+        updateRouterDefinitions();
+        break;
+    case Record:
+        qDebug() << "Record mode started";
+        m_dashboard->setTrendPlotsFrozen(false);
+        m_router->clearErrors();
+        break;
+    case Play:
+        startPlayback();
+        break;
+    case Pause:
+        break;
+    case Idle:
+        qDebug() << "Idle mode started";
+        m_playback->engine()->reset();
+        m_dashboard->clearPlots();
+        m_dashboard->setTrendPlotsFrozen(false);
+        break;
+    }
+    return true;
+}
+
+void Ombrix::refreshModeDisplay()
+{
+    static const char *const texts[] = {"Design Mode", "Recording...", "Playing...", "Pause...", "Idle"};
+    m_modeLabel->setText(tr(texts[m_mode]));
+    m_toolBars->setPlaying(m_mode == Play);
+}
+
+// --- recording -------------------------------------------------------------
+
+bool Ombrix::startRecording()
+{
+    if (m_recorder->isRecording())
+        return false;
+    if (!m_serial->isOpen()) {
+        m_prompts->warning(this, tr("Serial"), tr("Open a serial port before recording."));
+        return false;
+    }
+    if (!m_recorder->start(m_projectDir, QDir(m_projectDir).filePath(kDefinitionFile))) {
+        qDebug().noquote() << "Recording not started:" << m_recorder->errorString();
+        m_prompts->warning(this, tr("Error"), tr("Could not open file for writing."));
+        return false;
+    }
+    showTransientMessage(tr("Recording → %1").arg(m_recorder->filePath()));
+    return true;
+}
+
+void Ombrix::stopRecording()
+{
+    if (!m_recorder->isRecording())
+        return;
+    const QString path = m_recorder->filePath();
+    m_recorder->stop();
+    showTransientMessage(tr("Recording stopped."));
+    setPlaybackFile(path);
+    m_playback->engine()->reset();
+}
+
+// --- playback --------------------------------------------------------------
+
+void Ombrix::startPlayback()
+{
+    qDebug() << "Play mode started";
+    if (m_playback->filePath().isEmpty()) {
+        m_prompts->warning(this, tr("No File"), tr("No playback file selected."));
+        return;
+    }
+    applyRecordingDefinitions();
+    if (!loadPlaybackIntoEngine())
+        return;
+    QSlider *slider = m_toolBars->positionSlider;
+    qDebug() << "Slider" << slider->value() << "of" << MainToolBars::SliderMaxSteps;
+    if (slider->value() >= MainToolBars::SliderMaxSteps) {
+        qDebug() << "Reset start time";
+        m_playback->engine()->reset();
+    }
+    m_dashboard->setTrendPlotsFrozen(false);
+    m_playback->engine()->start();
+}
+
+bool Ombrix::loadPlaybackIntoEngine()
+{
+    QString error;
+    if (m_playback->ensureLoaded(this, &error))
+        return true;
+    if (!error.isEmpty())
+        m_prompts->warning(this, tr("Error"), tr("Could not load recording:\n%1").arg(error));
+    return false;
+}
+
+void Ombrix::applyRecordingDefinitions()
+{
+    m_playback->applyRecordingDefinitions(m_toolBars->useRecordingDefinitionsBox->isChecked());
+    updateRouterDefinitions();
+}
+
+void Ombrix::selectPlaybackFile()
+{
+    const QString path = m_prompts->openFileName(this, tr("Select Playback File"), projectSubfolder(QStringLiteral("recordings")),
+                                                 tr("Recordings (*.rec);;All files (*)"));
+    if (!path.isEmpty())
+        setPlaybackFile(path);
+}
+
+void Ombrix::setPlaybackFile(const QString &path)
+{
+    m_playback->setFilePath(path);
+    updatePlaybackFileDisplay();
+    applyRecordingDefinitions();
+    if (!path.isEmpty())
+        loadPlaybackIntoEngine();
+}
+
+QString Ombrix::playbackFile() const
+{
+    return m_playback->filePath();
+}
+
+void Ombrix::updatePlaybackFileDisplay()
+{
+    const QString path = m_playback->filePath();
+    m_toolBars->playbackFileLabel->setText(path.isEmpty() ? tr("No file selected") : QFileInfo(path).fileName());
+    m_toolBars->playbackFileLabel->setToolTip(path);
+}
+
+// --- widgets and layouts ---------------------------------------------------
+
+void Ombrix::onWidgetRequested(const QString &typeName)
+{
+    if (m_dashboard->addWidget(typeName))
+        m_router->invalidate();
+}
+
+void Ombrix::saveButton()
+{
+    saveLayout();
+    qDebug() << "Layout saved";
+}
+
+void Ombrix::loadButton()
+{
+    loadLayout();
+    qDebug() << "Layout loaded";
+}
+
+void Ombrix::saveLayout()
+{
+    const QString folder = projectSubfolder(QStringLiteral("layouts"));
+    const QString path = m_prompts->saveFileName(this, tr("Save Layout"), folder + QStringLiteral("/layout.json"),
+                                                 tr("Layouts (*.json)"));
+    if (!path.isEmpty())
+        saveLayoutTo(path);
+}
+
+bool Ombrix::saveLayoutTo(const QString &path)
+{
+    if (LayoutFile::save(path, m_dashboard->scene(), this) == LayoutFile::Result::Ok)
+        return true;
+    m_prompts->warning(this, tr("Error"), tr("Could not save layout."));
+    return false;
+}
+
+void Ombrix::loadLayout()
+{
+    const QString path = m_prompts->openFileName(this, tr("Load Layout"), m_projectDir + QStringLiteral("/layouts"),
+                                                 tr("Layouts (*.json)"));
+    if (!path.isEmpty())
+        loadLayoutFrom(path);
+}
+
+bool Ombrix::loadLayoutFrom(const QString &path)
+{
+    LayoutFile::ItemList removed;
+    const LayoutFile::Result result = LayoutFile::load(path, m_dashboard->scene(), this, m_mode == Design, removed);
+    m_router->invalidate();
+    switch (result) {
+    case LayoutFile::Result::Ok:
+        return true;
+    case LayoutFile::Result::OpenFailed:
+        m_prompts->warning(this, tr("Error"), tr("Could not load layout."));
+        return false;
+    case LayoutFile::Result::InvalidFormat:
+        m_prompts->warning(this, tr("Error"), tr("Invalid layout format."));
+        return false;
+    }
+    return false;
+}
+
+// --- exports ---------------------------------------------------------------
+
+void Ombrix::exportButton()
+{
+    const Recording &recording = m_playback->engine()->frames();
+    if (recording.isEmpty()) {
+        m_prompts->information(this, tr("Export Signals CSV"), tr("No playback data loaded."));
+        return;
+    }
+    SignalsExportOptions options;
+    if (!m_prompts->chooseSignalsExport(this, recording.signalNames(), definitionsInForce(), &options))
+        return;
+    const QString folder = projectSubfolder(QStringLiteral("exports"));
+    const QString path = m_prompts->saveFileName(this, tr("Export CSV"), folder + QStringLiteral("/signals.csv"),
+                                                 tr("CSV (*.csv)"));
+    if (!path.isEmpty())
+        exportSignalsTo(path, options);
+}
+
+bool Ombrix::exportSignalsTo(const QString &path, const SignalsExportOptions &options)
+{
+    ProgressRunner progress(tr("Exporting signals…"), this);
+    QString error;
+    if (!SignalsCsvExporter::exportTo(path, m_playback->engine()->frames(), definitionsInForce(), options,
+                                      progress.callback(), &error)) {
+        if (!progress.wasCancelled())
+            m_prompts->warning(this, tr("Export Signals CSV"), error);
+        return false;
+    }
+    showTransientMessage(tr("Signals CSV exported → %1").arg(QFileInfo(path).fileName()), 4000);
+    return true;
+}
+
+void Ombrix::exportEventsButton()
+{
+    if (m_playback->engine()->frames().isEmpty()) {
+        m_prompts->information(this, tr("Export Events CSV"), tr("No playback data loaded."));
+        return;
+    }
+    const QString folder = projectSubfolder(QStringLiteral("exports"));
+    const QString path = m_prompts->saveFileName(this, tr("Export CSV"), folder + QStringLiteral("/events.csv"),
+                                                 tr("CSV (*.csv)"));
+    if (!path.isEmpty())
+        exportEventsTo(path);
+}
+
+bool Ombrix::exportEventsTo(const QString &path)
+{
+    ProgressRunner progress(tr("Exporting events…"), this);
+    QString error;
+    if (!EventsCsvExporter::exportTo(path, m_playback->engine()->frames(), definitionsInForce(),
+                                     progress.callback(), &error)) {
+        if (!progress.wasCancelled()) {
+            qDebug().noquote() << "Events export failed:" << error;
+            m_prompts->warning(this, tr("Export Events CSV"), tr("Could not open file for writing."));
+        }
+        return false;
+    }
+    showTransientMessage(tr("Events CSV exported → %1").arg(QFileInfo(path).fileName()), 4000);
+    return true;
 }

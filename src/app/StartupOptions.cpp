@@ -74,4 +74,8 @@ void StartupOptions::applyTo(Ombrix &window) const
     } else {
         window.restoreProjectOrPrompt();
     }
+    if (!layoutPath.isEmpty())
+        window.loadLayoutFrom(layoutPath);
+    if (!portName.isEmpty())
+        window.connectPort(portName, baudRate);
 }

@@ -1,6 +1,8 @@
 #include "UserPrompts.h"
 
 #include "ProjectIntroDialog.h"
+#include "SignalsCsvExporter.h"
+#include "SignalsExportDialog.h"
 
 #include <QFileDialog>
 #include <QMessageBox>
@@ -36,4 +38,14 @@ bool UserPrompts::acceptProjectIntro(QWidget *parent)
 {
     ProjectIntroDialog dialog(parent);
     return dialog.exec() == QDialog::Accepted;
+}
+
+bool UserPrompts::chooseSignalsExport(QWidget *parent, const QStringList &signalNames,
+                                      const SignalDefinitions *defs, SignalsExportOptions *options)
+{
+    SignalsExportDialog dialog(signalNames, defs, parent);
+    if (dialog.exec() != QDialog::Accepted)
+        return false;
+    *options = dialog.options();
+    return true;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 QT_BEGIN_NAMESPACE
 class QWidget;
@@ -9,6 +10,9 @@ QT_END_NAMESPACE
 // Every modal question the main window asks goes through here, so that tests
 // and scripted runs can answer instead of a user. The defaults show the real
 // message boxes and file dialogs.
+class SignalDefinitions;
+struct SignalsExportOptions;
+
 class UserPrompts
 {
 public:
@@ -24,4 +28,7 @@ public:
     virtual QString existingDirectory(QWidget *parent, const QString &caption, const QString &dir);
     // The first-run explanation; false when the user cancels it.
     virtual bool acceptProjectIntro(QWidget *parent);
+    // Which signals, rate and units to export; false when cancelled.
+    virtual bool chooseSignalsExport(QWidget *parent, const QStringList &signalNames,
+                                     const SignalDefinitions *defs, SignalsExportOptions *options);
 };

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <QList>
+#include <QObject>
+#include <QPointF>
+#include <QSizeF>
+
+QT_BEGIN_NAMESPACE
+class QGraphicsView;
+class QWidget;
+QT_END_NAMESPACE
+
+class DashboardItem;
+class DashboardWidget;
+class DesignScene;
+
+// The design surface of the main window: the scene, its view, and the
+// operations the window applies to all items at once (design mode, plot
+// clearing and freezing, redrawing after a catalogue change). The scene
+// rectangle follows the view's viewport.
+class Dashboard : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Dashboard(QWidget *viewParent);
+
+    DesignScene *scene() const { return m_scene; }
+    QGraphicsView *view() const { return m_view; }
+
+    // Top-level DashboardItems in scene order.
+    QList<DashboardItem *> items() const;
+    QList<DashboardWidget *> widgets() const;
+    QList<DashboardWidget *> widgetsOfType(const QString &typeName) const;
+
+    void setDesignMode(bool on);
+    bool designMode() const { return m_designMode; }
+
+    // A new item of the registered type at the first free grid position,
+    // editable in design mode; nullptr for an unknown type.
+    DashboardItem *addWidget(const QString &typeName);
+    QPointF freePosition(const QSizeF &size) const;
+
+    // Trend and XY plots drop their data.
+    void clearPlots();
+    // Trend plots stop (or resume) following time while the user scrubs.
+    void setTrendPlotsFrozen(bool frozen);
+    // Trend plots show the position ms from the start of the recording.
+    void moveTrendPlotsTo(qint64 ms);
+    // The largest time window (ms) among the trend plots; 0 when none.
+    double largestTrendWindowMs() const;
+    // Repaints every widget, e.g. after the catalogue changed.
+    void updateWidgets();
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    static bool invoke(DashboardWidget *widget, const char *method);
+
+    DesignScene *m_scene = nullptr;
+    QGraphicsView *m_view = nullptr;
+    bool m_designMode = false;
+};
