@@ -1,4 +1,8 @@
 // ombrix-cli: the command-line companion of the dashboard, for unattended work.
+#include "ExportEventsCommand.h"
+#include "ExportSignalsCommand.h"
+#include "InfoCommand.h"
+#include "RecordCommand.h"
 #include "SimulateCommand.h"
 
 #include <QCoreApplication>
@@ -17,6 +21,10 @@ const std::map<QString, Command> &commands()
 {
     static const std::map<QString, Command> table = {
         {QStringLiteral("simulate"), &SimulateCommand::run},
+        {QStringLiteral("record"), &RecordCommand::run},
+        {QStringLiteral("info"), &InfoCommand::run},
+        {QStringLiteral("export-signals"), &ExportSignalsCommand::run},
+        {QStringLiteral("export-events"), &ExportEventsCommand::run},
     };
     return table;
 }
