@@ -33,16 +33,16 @@ bool CliCommand::parse(const QStringList &args)
     return true;
 }
 
-bool CliCommand::takePositionals(int count, QStringList *out)
+bool CliCommand::takePositionals(const QStringList &names, QStringList *out)
 {
     const QStringList given = m_parser.positionalArguments();
-    if (given.size() == count) {
+    if (given.size() == names.size()) {
         *out = given;
         return true;
     }
-    m_exitCode = usageError(given.size() < count
-                                ? QStringLiteral("missing argument")
-                                : QStringLiteral("unexpected argument '%1'").arg(given.at(count)));
+    m_exitCode = usageError(given.size() < names.size()
+                                ? QStringLiteral("missing %1").arg(names.at(given.size()))
+                                : QStringLiteral("unexpected argument '%1'").arg(given.at(names.size())));
     return false;
 }
 

@@ -26,8 +26,9 @@ public:
     bool parse(const QStringList &args);
     int exitCode() const { return m_exitCode; }
 
-    // The positional arguments, or a usage error unless there are exactly count.
-    bool takePositionals(int count, QStringList *out);
+    // The positional arguments, or a usage error unless there is exactly one
+    // for each of names (as the usage shows them, e.g. "FILE.rec").
+    bool takePositionals(const QStringList &names, QStringList *out);
     // Prints "ombrix-cli <command>: message" and the usage on stderr; returns 2.
     int usageError(const QString &message) const;
     // Prints "ombrix-cli <command>: message" on stderr; returns code.

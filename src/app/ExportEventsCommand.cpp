@@ -21,7 +21,7 @@ int ExportEventsCommand::run(const QStringList &args)
     cli.parser().addPositionalArgument(QStringLiteral("file"), QStringLiteral("The recording (.rec)."),
                                        QStringLiteral("FILE.rec"));
     QStringList positionals;
-    if (!cli.parse(args) || !cli.takePositionals(1, &positionals))
+    if (!cli.parse(args) || !cli.takePositionals({QStringLiteral("FILE.rec")}, &positionals))
         return cli.exitCode();
     if (cli.parser().value(output).isEmpty())
         return cli.usageError(QStringLiteral("missing -o OUT.csv"));

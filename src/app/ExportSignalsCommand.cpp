@@ -64,7 +64,7 @@ int ExportSignalsCommand::run(const QStringList &args)
     cli.parser().addPositionalArgument(QStringLiteral("file"), QStringLiteral("The recording (.rec)."),
                                        QStringLiteral("FILE.rec"));
     QStringList positionals;
-    if (!cli.parse(args) || !cli.takePositionals(1, &positionals))
+    if (!cli.parse(args) || !cli.takePositionals({QStringLiteral("FILE.rec")}, &positionals))
         return cli.exitCode();
     const QString outPath = cli.parser().value(output);
     if (outPath.isEmpty())

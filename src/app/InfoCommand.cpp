@@ -103,7 +103,7 @@ int InfoCommand::run(const QStringList &args)
     cli.parser().addPositionalArgument(QStringLiteral("file"), QStringLiteral("The recording (.rec)."),
                                        QStringLiteral("FILE.rec"));
     QStringList positionals;
-    if (!cli.parse(args) || !cli.takePositionals(1, &positionals))
+    if (!cli.parse(args) || !cli.takePositionals({QStringLiteral("FILE.rec")}, &positionals))
         return cli.exitCode();
 
     TerminationNotifier termination;

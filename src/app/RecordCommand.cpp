@@ -163,7 +163,7 @@ int RecordCommand::run(const QStringList &args)
                                    QStringLiteral("N"));
     cli.parser().addOptions({port, baud, project, def, duration, lines});
     QStringList positionals;
-    if (!cli.parse(args) || !cli.takePositionals(0, &positionals))
+    if (!cli.parse(args) || !cli.takePositionals({}, &positionals))
         return cli.exitCode();
     const QCommandLineParser &parser = cli.parser();
     if (parser.value(port).isEmpty())
