@@ -59,12 +59,20 @@ QPen designPen()
 DashboardItem::DashboardItem(QWidget *widget, QGraphicsItem *parent)
     : QGraphicsItem(parent)
 {
+    // A widget nobody has sized yet reports Qt's default window size; start it
+    // at its minimum instead.
+    const bool sized = widget && widget->testAttribute(Qt::WA_Resized);
+    const QSizeF initialSize = sized ? QSizeF(widget->size()) : QSizeF();
+
     // The overlay's mouse, hover and context-menu events are handled as the item's own.
     setFiltersChildEvents(true);
 
     m_proxy = new QGraphicsProxyWidget(this);
-    if (widget)
+    if (widget) {
+        // Set before embedding, while the widget has no platform window to notify.
+        widget->setMinimumSize(minimumSizeFor(widget));
         m_proxy->setWidget(widget);
+    }
 
     m_overlay = new QGraphicsRectItem(this);
     m_overlay->setPen(designPen());
@@ -76,10 +84,7 @@ DashboardItem::DashboardItem(QWidget *widget, QGraphicsItem *parent)
     m_overlay->setFlag(ItemIgnoresParentOpacity, true);
     m_overlay->hide();
 
-    // A widget nobody has sized yet reports Qt's default window size; start it
-    // at its minimum instead.
-    const bool sized = widget && widget->testAttribute(Qt::WA_Resized);
-    setSize(sized ? QSizeF(widget->size()) : QSizeF());
+    setSize(initialSize);
 }
 
 DashboardItem::~DashboardItem()
@@ -174,9 +179,14 @@ void DashboardItem::setDesignMode(bool on)
 
 QSize DashboardItem::minimumSize() const
 {
+    return minimumSizeFor(m_proxy ? m_proxy->widget() : nullptr);
+}
+
+QSize DashboardItem::minimumSizeFor(const QWidget *widget)
+{
     QSize minimum = DefaultMinimum;
-    if (QWidget *widget = m_proxy ? m_proxy->widget() : nullptr) {
-        if (auto *dashboard = qobject_cast<DashboardWidget *>(widget))
+    if (widget) {
+        if (auto *dashboard = qobject_cast<const DashboardWidget *>(widget))
             minimum = dashboard->minimumDesignSize();
         else
             minimum = widget->sizeHint().expandedTo(DefaultMinimum);
@@ -197,8 +207,11 @@ void DashboardItem::setSize(const QSizeF &size)
     m_proxy->setGeometry(QRectF(QPointF(0, 0), m_size));
     if (QWidget *widget = m_proxy->widget()) {
         widget->resize(m_size.toSize());
-        widget->setMinimumSize(minimum);
-        widget->setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+        // Only on change: each call re-sends size hints to the platform window.
+        if (widget->minimumSize() != minimum)
+            widget->setMinimumSize(minimum);
+        if (widget->maximumSize() != QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX))
+            widget->setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
         widget->update();
     }
     m_overlay->setRect(QRectF(0, 0, m_size.width(), m_size.height()));
@@ -347,7 +360,6 @@ bool DashboardItem::sceneEventFilter(QGraphicsItem *watched, QEvent *event)
 {
     if (watched != m_overlay)
         return false;
-    // The overlay sits at the item's origin, so event positions need no mapping.
     switch (event->type()) {
     case QEvent::GraphicsSceneMousePress:
     case QEvent::GraphicsSceneMouseDoubleClick:
@@ -419,7 +431,7 @@ void DashboardItem::hoverMoveEvent(QGraphicsSceneHoverEvent *event)
         QGraphicsItem::hoverMoveEvent(event);
         return;
     }
-    updateCursor(event->pos());
+    updateCursor(mapFromScene(event->scenePos()));
 }
 
 void DashboardItem::updateCursor(const QPointF &pos)
@@ -435,7 +447,7 @@ void DashboardItem::mousePressEvent(QGraphicsSceneMouseEvent *event)
         QGraphicsItem::mousePressEvent(event);
         return;
     }
-    m_pressPos = event->pos();
+    m_pressPos = mapFromScene(event->scenePos());
     if (resizeHandle().contains(m_pressPos)) {
         m_resizing = true;
         setOverrideCursor(Qt::SizeFDiagCursor);
@@ -452,11 +464,13 @@ void DashboardItem::mouseMoveEvent(QGraphicsSceneMouseEvent *event)
         QGraphicsItem::mouseMoveEvent(event);
         return;
     }
+    // Mapped here rather than taken from event->pos(): events reach the item
+    // through its overlay, whose cached scene transform may lag behind a move.
+    const QPointF mouse = mapFromScene(event->scenePos());
     if (m_resizing) {
-        const QPointF corner = event->pos();
-        setSize(QSizeF(roundUpToGrid(corner.x()), roundUpToGrid(corner.y())));
+        setSize(QSizeF(roundUpToGrid(mouse.x()), roundUpToGrid(mouse.y())));
     } else {
-        const QPointF target = pos() + (event->pos() - m_pressPos);
+        const QPointF target = pos() + (mouse - m_pressPos);
         setPos(snapToGrid(target.x()), snapToGrid(target.y()));
     }
     event->accept();

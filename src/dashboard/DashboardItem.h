@@ -78,6 +78,7 @@ protected:
     void mouseReleaseEvent(QGraphicsSceneMouseEvent *event) override;
 
 private:
+    static QSize minimumSizeFor(const QWidget *widget);
     QRectF resizeHandle() const;
     QList<qreal> distinctDashboardZValues() const;
     void setZAndRestack(qreal z);
