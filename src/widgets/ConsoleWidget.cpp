@@ -27,7 +27,7 @@ ConsoleWidget::ConsoleWidget(QWidget *parent)
     layout->addWidget(m_view);
 
     m_refreshTimer->setSingleShot(true);
-    m_refreshTimer->setInterval(0);
+    m_refreshTimer->setInterval(RefreshIntervalMs);
     connect(m_refreshTimer, &QTimer::timeout, this, &ConsoleWidget::refreshView);
 
     setMinimumSize(200, 100);
@@ -217,8 +217,9 @@ void ConsoleWidget::appendToView()
     for (auto it = m_ring.end() - m_pendingLines; it != m_ring.end(); ++it)
         added += QLatin1Char('\n') + *it;
 
+    // Two separate edits on purpose: one edit block spanning the top and the
+    // end of the document makes the layout redo every line.
     QTextCursor cursor(m_view->document());
-    cursor.beginEditBlock();
     cursor.movePosition(QTextCursor::End);
     cursor.insertText(added);
     const int excess = m_viewLines + m_pendingLines - int(m_ring.size());
@@ -227,6 +228,5 @@ void ConsoleWidget::appendToView()
         cursor.movePosition(QTextCursor::NextBlock, QTextCursor::KeepAnchor, excess);
         cursor.removeSelectedText();
     }
-    cursor.endEditBlock();
     m_viewLines = int(m_ring.size());
 }

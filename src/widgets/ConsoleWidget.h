@@ -19,8 +19,9 @@ QT_END_NAMESPACE
  * view that keeps the newest maxLines() lines.
  *
  * Appending is cheap at any rate: lines go into a ring of at most maxLines()
- * entries and the view is brought up to date in one step on the next
- * event-loop turn (or at once by flush() and the read accessors). The oldest
+ * entries and the view is brought up to date in one step at most
+ * RefreshIntervalMs later (or at once by flush() and the read accessors), so
+ * a burst or a chatty device costs a few view updates a second. The oldest
  * lines leave first; with autoScroll() the newest line is kept in view, without
  * it the view keeps its scroll position.
  *
@@ -62,6 +63,7 @@ public:
 
     static constexpr int DefaultMaxLines = 500;
     static constexpr int MaxLinesLimit = 100000;
+    static constexpr int RefreshIntervalMs = 30;
 
 protected:
     /// Adds one line; line breaks inside it become spaces so one event stays one line.
