@@ -53,6 +53,9 @@ DashboardWidget *make()
 
 void DashboardWidgetFactory::registerBuiltInTypes()
 {
+    // The icons are compiled into the static core library, whose resource
+    // object the linker drops unless something references it.
+    Q_INIT_RESOURCE(resources);
     // Rows in palette order; each widget type adds its row here as it lands.
     registerType(QStringLiteral("AnalogGauge"), make<AnalogGaugeWidget>, QIcon(QStringLiteral(":/icons/gauge.png")));
     registerType(QStringLiteral("DigitalDisplay"), make<DigitalDisplayWidget>, QIcon(QStringLiteral(":/icons/display.png")));
