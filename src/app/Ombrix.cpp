@@ -3,6 +3,7 @@
 #include "ClickableLabel.h"
 #include "Dashboard.h"
 #include "DashboardItem.h"
+#include "DashboardWidgetFactory.h"
 #include "DesignScene.h"
 #include "EventsCsvExporter.h"
 #include "LayoutFile.h"
@@ -59,6 +60,7 @@ Ombrix::Ombrix(QWidget *parent)
         fusion->setParent(this);
         setStyle(fusion);
     }
+    DashboardWidgetFactory::instance().registerBuiltInTypes();
     m_toolBars = new MainToolBars(this);
     buildCentralArea();
 
