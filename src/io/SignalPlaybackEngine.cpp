@@ -1,6 +1,7 @@
 #include "SignalPlaybackEngine.h"
 
 #include <QDebug>
+#include <QFileInfo>
 #include <QSlider>
 #include <QTimer>
 
@@ -27,22 +28,32 @@ SignalPlaybackEngine::SignalPlaybackEngine(QObject *parent)
 
 bool SignalPlaybackEngine::load(const QString &path, const Recording::Progress &progress)
 {
+    if (isLoaded(path))
+        return true;
     if (!m_frames.load(path, progress))
         return false;
-    rewindAfterLoad();
+    const QFileInfo info(path);
+    m_loadedPath = info.absoluteFilePath();
+    m_loadedSize = info.size();
+    m_loadedModified = info.lastModified();
+    m_maxTimestamp = m_frames.duration();
     return true;
 }
 
 void SignalPlaybackEngine::load(const Recording &recording)
 {
     m_frames = recording;
-    rewindAfterLoad();
+    m_loadedPath.clear();
+    m_maxTimestamp = m_frames.duration();
 }
 
-void SignalPlaybackEngine::rewindAfterLoad()
+bool SignalPlaybackEngine::isLoaded(const QString &path) const
 {
-    m_maxTimestamp = m_frames.duration();
-    reset();
+    if (m_loadedPath.isEmpty())
+        return false;
+    const QFileInfo info(path);
+    return info.absoluteFilePath() == m_loadedPath && info.size() == m_loadedSize
+            && info.lastModified() == m_loadedModified;
 }
 
 bool SignalPlaybackEngine::isPlaying() const

@@ -2,6 +2,7 @@
 
 #include "Recording.h"
 
+#include <QDateTime>
 #include <QElapsedTimer>
 #include <QMap>
 #include <QObject>
@@ -39,10 +40,13 @@ public:
 
     explicit SignalPlaybackEngine(QObject *parent = nullptr);
 
-    /// Replaces the recording; false (and nothing replaced) when the file
-    /// cannot be read or the load was cancelled. Rewinds on success.
+    /// Replaces the recording and its duration; false (and nothing
+    /// replaced) when the file cannot be read or the load was cancelled.
+    /// The position is kept, so that Play after Pause resumes where it
+    /// stopped; call reset() to rewind. Loading the file that is already
+    /// loaded, unchanged on disk, costs nothing.
     bool load(const QString &path, const Recording::Progress &progress = {});
-    /// Takes an already loaded recording; rewinds.
+    /// Takes an already loaded recording; the position is kept.
     void load(const Recording &recording);
     const Recording &frames() const { return m_frames; }
     QString errorString() const { return m_frames.errorString(); }
@@ -97,7 +101,7 @@ Q_SIGNALS:
     void playbackTimeAdvanced(double tSec);
 
 private:
-    void rewindAfterLoad();
+    bool isLoaded(const QString &path) const;
     void emitFrame(int frame);
     void emitPreviewHistory(double tSec);
     void announceStatesUpTo(int last);
@@ -121,6 +125,10 @@ private:
     double m_playbackRate = 1.0;
     QStringList m_knownGroups;
     double m_previewWindow = 10.0;
+
+    QString m_loadedPath;
+    qint64 m_loadedSize = -1;
+    QDateTime m_loadedModified;
 
     ClockSource m_clockSource;
     qint64 m_clockOrigin = 0;

@@ -35,6 +35,7 @@ private Q_SLOTS:
     void seekIntoEmptyRecordingClearsKnownGroups();
     void resetRewinds();
     void failedLoadKeepsRecording();
+    void loadKeepsPosition();
     void settersClamp();
 
 private:
@@ -358,6 +359,28 @@ void TestPlaybackEngine::failedLoadKeepsRecording()
     QVERIFY(!m_engine->errorString().isEmpty());
     QCOMPARE(m_engine->frames().frameCount(), 2);
     QCOMPARE(m_engine->duration(), 5.0);
+}
+
+void TestPlaybackEngine::loadKeepsPosition()
+{
+    // Play after Pause loads the file again and must resume, not restart.
+    load("0 A=0\n1 A=1\n2 A=2\n3 A=3\n");
+    m_engine->seek(1.5);
+    load("0 A=0\n1 A=1\n2 A=2\n3 A=3\n");
+    QCOMPARE(m_engine->index(), 2);
+    QCOMPARE(m_engine->currentTime(), 1.5);
+
+    const QString other = m_dir->filePath(QStringLiteral("other.rec"));
+    QFile file(other);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("0 B=1\n7 B=2\n");
+    file.close();
+    QVERIFY(m_engine->load(other));
+    QCOMPARE(m_engine->duration(), 7.0);
+    QCOMPARE(m_engine->frames().frameAt(1).values.value(QStringLiteral("B")), 2.0);
+    QCOMPARE(m_engine->index(), 2);
+    m_engine->reset();
+    QCOMPARE(m_engine->index(), 0);
 }
 
 void TestPlaybackEngine::settersClamp()
