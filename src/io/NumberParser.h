@@ -14,7 +14,6 @@ public:
     static double toDouble(QStringView text, bool *ok = nullptr);
 
 private:
-    enum class Verdict { Number, NotANumber, Unsure };
-    static Verdict scanPlain(QStringView text, char *buffer, qsizetype &length, bool &nonZeroDigit);
-    static double fallback(QStringView text, bool *ok);
+    static double viaFromChars(QStringView text, bool *ok);
+    static double viaQString(QStringView text, bool *ok);
 };
