@@ -77,18 +77,8 @@ double record(RecordingWriter &writer, DeviceSimulator &device)
         device.appendLine(line);
         if (!LineParser::parse(QString::fromUtf8(line).trimmed(), 0.0, parsed))
             continue;
-        const double t = parsed.timestamp;
         timer.start();
-        for (const LineEvent &event : std::as_const(parsed.events)) {
-            if (event.kind == LineEvent::State)
-                writer.appendState(t, event.groupId, event.id);
-            else
-                writer.appendError(t, event.id);
-        }
-        if (!parsed.values.isEmpty())
-            writer.appendValues(t, parsed.values);
-        if (!parsed.unrecognized.isEmpty())
-            writer.appendMessage(t, parsed.unrecognizedText());
+        writer.appendParsedLine(parsed);
         writerNs += timer.nsecsElapsed();
     }
     timer.start();

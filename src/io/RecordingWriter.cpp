@@ -1,5 +1,6 @@
 #include "RecordingWriter.h"
 
+#include "LineParser.h"
 #include "Recording.h"
 
 #include <QDateTime>
@@ -175,4 +176,19 @@ void RecordingWriter::appendMessage(double t, const QString &text)
     else
         m_buffer += text.toUtf8();
     endLine();
+}
+
+void RecordingWriter::appendParsedLine(const ParsedLine &line)
+{
+    const double t = line.timestamp;
+    for (const LineEvent &event : line.events) {
+        if (event.kind == LineEvent::State)
+            appendState(t, event.groupId, event.id);
+        else
+            appendError(t, event.id);
+    }
+    if (!line.values.isEmpty())
+        appendValues(t, line.values);
+    if (!line.unrecognized.isEmpty())
+        appendMessage(t, line.unrecognizedText());
 }

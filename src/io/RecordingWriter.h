@@ -27,6 +27,8 @@ QT_END_NAMESPACE
  * once a second (and on stop), so a crash loses at most the last second
  * while recording stays cheap at any line rate.
  */
+struct ParsedLine;
+
 class RecordingWriter : public QObject
 {
     Q_OBJECT
@@ -54,6 +56,10 @@ public:
     void appendState(double t, const QString &group, const QString &state);
     void appendError(double t, const QString &id);
     void appendMessage(double t, const QString &text);
+    /// Everything one parsed device line carries, in the order the serial
+    /// link reports it: states and errors in token order, then the values,
+    /// then the unrecognised words as a message.
+    void appendParsedLine(const ParsedLine &line);
 
     /// Hands every pending line to the operating system.
     void flush();

@@ -1,3 +1,4 @@
+#include "LineParser.h"
 #include "Recording.h"
 #include "RecordingWriter.h"
 
@@ -53,6 +54,8 @@ private Q_SLOTS:
     void appendsOutsideRecordingAreIgnored();
     void messageWithLineBreakStaysOneLine();
     void roundTrip();
+    void deviceLinesReadBackAsReceived_data();
+    void deviceLinesReadBackAsReceived();
 
 private:
     QString writeDefinitions(const QByteArray &content = "DASHBOARD_SIGNAL(A, \"a\", float)\n");
@@ -272,6 +275,46 @@ void TestRecordingWriter::roundTrip()
     QCOMPARE(recording.duration(), 1.25);
     QCOMPARE(recording.signalNames(),
              QStringList({QStringLiteral("RPM"), QStringLiteral("TEMP"), QStringLiteral("THIRD")}));
+}
+
+void TestRecordingWriter::deviceLinesReadBackAsReceived_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::newRow("everything") << QStringLiteral("12.5 RPM=3000 TEMP=71.2 ST_MODE=RUN ERR=E_OVERHEAT hello there");
+    QTest::newRow("message only") << QStringLiteral("3 boot ok");
+    QTest::newRow("message of equals words") << QStringLiteral("4 =5 =x RAW");
+    QTest::newRow("message that looks like RAW") << QStringLiteral("5 RAW RAWdata");
+    QTest::newRow("states and errors in token order") << QStringLiteral("6 ERR=E1 ST_A=X ERR=E2 ST_A=Y");
+}
+
+void TestRecordingWriter::deviceLinesReadBackAsReceived()
+{
+    // Whatever the device sent, played back, gives what was received live.
+    QFETCH(QString, line);
+    ParsedLine live;
+    QVERIFY(LineParser::parse(line, 0.0, live));
+    RecordingWriter writer;
+    QVERIFY(writer.start(m_dir->path(), writeDefinitions()));
+    writer.appendParsedLine(live);
+    writer.stop();
+
+    Recording recording;
+    QVERIFY(recording.load(writer.filePath()));
+    QCOMPARE(recording.frameCount(), 1);
+    const PlaybackFrame frame = recording.frameAt(0);
+    QCOMPARE(frame.t, 0.0);
+    QCOMPARE(frame.values, live.values);
+    QStringList errors;
+    QList<QPair<QString, QString>> states;
+    for (const LineEvent &event : std::as_const(live.events)) {
+        if (event.kind == LineEvent::State)
+            states.append({event.groupId, event.id});
+        else
+            errors.append(event.id);
+    }
+    QCOMPARE(frame.states, states);
+    QCOMPARE(frame.errors, errors);
+    QCOMPARE(frame.messages, live.unrecognized.isEmpty() ? QStringList() : QStringList{live.unrecognizedText()});
 }
 
 QTEST_GUILESS_MAIN(TestRecordingWriter)
