@@ -20,6 +20,7 @@ RecordCommand::RecordCommand(QObject *parent)
     , m_serial(new SerialManager(this))
     , m_writer(new RecordingWriter(this))
     , m_durationTimer(new QTimer(this))
+    , m_deviceWatch(new QTimer(this))
     , m_termination(new TerminationNotifier(this))
 {
     m_durationTimer->setSingleShot(true);
@@ -27,6 +28,16 @@ RecordCommand::RecordCommand(QObject *parent)
             [this] { finish(0, QStringLiteral("duration reached")); });
     connect(m_termination, &TerminationNotifier::terminationRequested, this,
             [this] { finish(0, QStringLiteral("interrupted")); });
+    m_deviceWatch->setInterval(DeviceWatchMs);
+    connect(m_deviceWatch, &QTimer::timeout, this, &RecordCommand::checkDevicePresent);
+}
+
+QString RecordCommand::devicePathFor(const QString &portName)
+{
+    if (portName.startsWith(QLatin1Char('/')) || portName.startsWith(QLatin1String("./"))
+        || portName.startsWith(QLatin1String("../")))
+        return portName;
+    return QLatin1String("/dev/") % portName;
 }
 
 QString RecordCommand::filePath() const
@@ -53,6 +64,9 @@ bool RecordCommand::start(const SerialSettings &settings, const QString &project
     connectSerial();
     if (limits.durationMs > 0)
         m_durationTimer->start(std::chrono::milliseconds(limits.durationMs));
+    m_devicePath = devicePathFor(settings.portName);
+    if (QFileInfo::exists(m_devicePath))
+        m_deviceWatch->start();
     return true;
 }
 
@@ -101,12 +115,23 @@ void RecordCommand::onPortLost()
                .arg(m_lastSerialError));
 }
 
+// A hung-up terminal (a closed pseudo-terminal, some adapters) only reads
+// end-of-file and never reports an error; its device file is gone though.
+void RecordCommand::checkDevicePresent()
+{
+    if (QFileInfo::exists(m_devicePath))
+        return;
+    m_lastSerialError = QStringLiteral("%1 is gone").arg(m_devicePath);
+    onPortLost();
+}
+
 void RecordCommand::finish(int exitCode, const QString &reason)
 {
     if (!m_writer->isRecording())
         return;
     m_accepting = false;
     m_durationTimer->stop();
+    m_deviceWatch->stop();
     m_writer->stop();
     m_serial->close();
     Q_EMIT finished(exitCode, reason);
@@ -204,7 +229,7 @@ int RecordCommand::run(const QStringList &args)
         loop.exit(exitCode);
     });
     const int exitCode = loop.exec();
-    cli.note(QStringLiteral("stopped: %1; %2 lines received, %3").arg(reason).arg(recorder.linesReceived())
-                 .arg(recorder.filePath()));
+    cli.note(QStringLiteral("stopped: %1").arg(reason));
+    cli.note(QStringLiteral("%1 lines received into %2").arg(recorder.linesReceived()).arg(recorder.filePath()));
     return exitCode;
 }

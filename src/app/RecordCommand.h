@@ -45,6 +45,9 @@ public:
     qint64 linesReceived() const { return m_linesReceived; }
 
     static constexpr int DeviceLostExitCode = 3;
+    static constexpr int DeviceWatchMs = 250;
+    // The device file a port name stands for ("ttyUSB0" is /dev/ttyUSB0).
+    static QString devicePathFor(const QString &portName);
 
 Q_SIGNALS:
     // The recording has been closed; reason says why, for the user.
@@ -54,11 +57,14 @@ private:
     void connectSerial();
     void onRawLine();
     void onPortLost();
+    void checkDevicePresent();
     void finish(int exitCode, const QString &reason);
 
     SerialManager *m_serial = nullptr;
     RecordingWriter *m_writer = nullptr;
     QTimer *m_durationTimer = nullptr;
+    QTimer *m_deviceWatch = nullptr;
+    QString m_devicePath;
     TerminationNotifier *m_termination = nullptr;
     QString m_lastSerialError;
     qint64 m_lineLimit = 0;
