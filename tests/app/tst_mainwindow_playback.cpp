@@ -1,0 +1,323 @@
+#include "WindowFixture.h"
+
+#include "AnalogGaugeWidget.h"
+#include "ClickableLabel.h"
+#include "ErrorConsoleWidget.h"
+#include "EventsCsvExporter.h"
+#include "MainToolBars.h"
+#include "MessagesConsoleWidget.h"
+#include "PtyPair.h"
+#include "RecordingWriter.h"
+#include "SerialManager.h"
+#include "SignalDefinitions.h"
+#include "SignalPlaybackEngine.h"
+#include "SignalsCsvExporter.h"
+#include "StateIndicatorWidget.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QLabel>
+#include <QSlider>
+#include <QStatusBar>
+#include <QToolButton>
+
+namespace {
+
+const QByteArray kRecording = QByteArrayLiteral("0.000000 RPM=100 TEMP=20\n"
+                                                "0.000000 ST_MODE=RUN\n"
+                                                "0.500000 ERR=E_HOT\n"
+                                                "1.000000 RAWfirst message\n"
+                                                "1.000000 RPM=200\n"
+                                                "2.000000 ERR=E_HOT\n"
+                                                "2.000000 RAWsecond message\n"
+                                                "3.000000 RPM=300\n"
+                                                "3.000000 ST_MODE=STOP\n");
+
+// A window with a gauge on RPM, a state pill on MODE and both consoles,
+// whose engine runs on a clock the test advances.
+struct PlaybackFixture : WindowFixture
+{
+    PlaybackFixture()
+    {
+        gauge = widgetOf<AnalogGaugeWidget>(add(QStringLiteral("AnalogGauge"), {QStringLiteral("RPM")}));
+        gauge->setRange(0, 1000);
+        indicator = widgetOf<StateIndicatorWidget>(add(QStringLiteral("StateIndicator")));
+        indicator->setGroupId(QStringLiteral("MODE"));
+        errors = widgetOf<ErrorConsoleWidget>(add(QStringLiteral("ErrorConsole")));
+        messages = widgetOf<MessagesConsoleWidget>(add(QStringLiteral("MessagesConsole")));
+        window->engine()->setClockSource([this] { return now; });
+        recording = project + QStringLiteral("/recordings/bench.rec");
+        writeFile(recording, kRecording);
+    }
+
+    // Runs the engine's ticks for ms of wall-clock time.
+    void advance(int ms)
+    {
+        for (int step = 0; step < ms; step += 50) {
+            now += 50;
+            window->engine()->tick();
+        }
+    }
+
+    qint64 now = 1000;
+    QString recording;
+    AnalogGaugeWidget *gauge = nullptr;
+    StateIndicatorWidget *indicator = nullptr;
+    ErrorConsoleWidget *errors = nullptr;
+    MessagesConsoleWidget *messages = nullptr;
+};
+
+} // namespace
+
+class tst_MainWindowPlayback : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void cleanup();
+
+    void recordingFromDeviceWritesEveryEventForm();
+    void lostPortEndsRecordingWithEverythingReceived();
+    void playbackRoutesValuesStatesErrorsAndMessages();
+    void seekWhilePausedRestoresExactlyThePrecedingEvents();
+    void seekWhilePlayingReannouncesEvents();
+    void endOfPlaybackReturnsToIdleAndPlayRewinds();
+    void recordingDefinitionsTakePrecedenceUntilDesign();
+    void playbackFileLabelFollowsSelection();
+    void exportsThroughWindowEqualExporters();
+    void exportsWithoutDataInform();
+};
+
+void tst_MainWindowPlayback::cleanup()
+{
+    QTRY_VERIFY(QApplication::topLevelWidgets().isEmpty());
+}
+
+void tst_MainWindowPlayback::recordingFromDeviceWritesEveryEventForm()
+{
+    PtyPair pty;
+    WindowFixture f;
+    QVERIFY(f.window->connectPort(pty.slavePath(), 115200));
+    f.window->recordButton();
+    QCOMPARE(f.window->mode(), Ombrix::Record);
+    const QString path = f.window->recordingWriter()->filePath();
+    QCOMPARE(QFileInfo(path).absolutePath(), f.project + QStringLiteral("/recordings"));
+    QCOMPARE(f.window->statusBar()->currentMessage(), QStringLiteral("Recording → %1").arg(path));
+
+    QVERIFY(pty.write("10.0 RPM=100 TEMP=20\n10.5 ST_MODE=RUN ERR=E_HOT\n11.0 hello world\n"));
+    QVERIFY(pty.write("12.25 RPM=1.5 A=0.333333333333333\n"));
+    QTRY_COMPARE(f.window->latestValues().value(QStringLiteral("RPM")), 1.5);
+
+    f.window->stopButton();
+    QCOMPARE(f.window->mode(), Ombrix::Idle);
+    QCOMPARE(f.window->statusBar()->currentMessage(), QStringLiteral("Recording stopped."));
+    QCOMPARE(WindowFixture::readFile(path), QByteArray("0.000000 RPM=100 TEMP=20\n"
+                                                       "0.500000 ST_MODE=RUN\n"
+                                                       "0.500000 ERR=E_HOT\n"
+                                                       "1.000000 RAWhello world\n"
+                                                       "2.250000 A=0.333333333333 RPM=1.5\n"));
+    QCOMPARE(WindowFixture::readFile(Recording::companionPathFor(path)), WindowFixture::definitions());
+
+    // The new recording becomes the playback file, loaded and rewound.
+    QCOMPARE(f.window->playbackFile(), path);
+    QCOMPARE(f.window->toolBars()->playbackFileLabel->text(), QFileInfo(path).fileName());
+    QCOMPARE(f.window->engine()->frames().duration(), 2.25);
+    QCOMPARE(f.window->engine()->currentTime(), 0.0);
+}
+
+void tst_MainWindowPlayback::lostPortEndsRecordingWithEverythingReceived()
+{
+    auto pty = std::make_unique<PtyPair>();
+    WindowFixture f;
+    QVERIFY(f.window->connectPort(pty->slavePath(), 115200));
+    f.window->recordButton();
+    const QString path = f.window->recordingWriter()->filePath();
+    QVERIFY(pty->write("1.0 RPM=1\n2.0 RPM=2\n"));
+    QTRY_COMPARE(f.window->latestValues().value(QStringLiteral("RPM")), 2.0);
+
+    pty->close();
+    QTRY_COMPARE(f.window->mode(), Ombrix::Idle);
+    QCOMPARE(f.window->toolBars()->connectButton->text(), QStringLiteral("Connect"));
+    QVERIFY(f.window->statusBar()->currentMessage().contains(QFileInfo(path).fileName()));
+    QCOMPARE(WindowFixture::readFile(path), QByteArray("0.000000 RPM=1\n1.000000 RPM=2\n"));
+}
+
+void tst_MainWindowPlayback::playbackRoutesValuesStatesErrorsAndMessages()
+{
+    PlaybackFixture f;
+    f.window->setPlaybackFile(f.recording);
+    f.window->playButton();
+    QCOMPARE(f.window->mode(), Ombrix::Play);
+    QVERIFY(f.window->engine()->isPlaying());
+    QCOMPARE(f.gauge->value(), 60.0); // the first frame is shown at once: RPM 100 mapped
+
+    f.advance(1200);
+    QCOMPARE(f.indicator->stateLabel(), QStringLiteral("Running"));
+    QCOMPARE(f.gauge->value(), 110.0);
+    QCOMPARE(f.errors->lineCount(), 1);
+    QVERIFY(f.errors->lines().at(0).startsWith(QLatin1String("[0.500]")));
+    QVERIFY(f.errors->lines().at(0).contains(QLatin1String("Overheated")));
+    QCOMPARE(f.messages->lines(), QStringList{QStringLiteral("[1.000] first message")});
+
+    f.window->stopButton();
+    QCOMPARE(f.window->mode(), Ombrix::Pause);
+    QVERIFY(!f.window->engine()->isPlaying());
+    f.advance(2000);
+    QCOMPARE(f.gauge->value(), 110.0);
+
+    // Play resumes where the pause left it.
+    f.window->playButton();
+    f.advance(1000);
+    QCOMPARE(f.errors->lineCount(), 2);
+    QCOMPARE(f.messages->lineCount(), 2);
+    QVERIFY(f.window->engine()->currentTime() > 2.0);
+}
+
+void tst_MainWindowPlayback::seekWhilePausedRestoresExactlyThePrecedingEvents()
+{
+    PlaybackFixture f;
+    f.window->setPlaybackFile(f.recording);
+    f.window->playButton();
+    f.advance(2500);
+    f.window->stopButton();
+    QCOMPARE(f.errors->lineCount(), 2);
+
+    f.window->engine()->seek(0.7);
+    QCOMPARE(f.errors->lineCount(), 1);
+    QCOMPARE(f.messages->lineCount(), 0);
+    QCOMPARE(f.gauge->value(), 60.0);
+    QCOMPARE(f.indicator->stateId(), QStringLiteral("RUN"));
+
+    // A key press on the slider seeks at once, here to the end: everything
+    // before the last frame is in force, the history refills the values.
+    QTest::keyClick(f.window->toolBars()->positionSlider, Qt::Key_End);
+    QCOMPARE(f.errors->lineCount(), 2);
+    QCOMPARE(f.messages->lineCount(), 2);
+    QCOMPARE(f.gauge->value(), 110.0);
+    QCOMPARE(f.indicator->stateLabel(), QStringLiteral("Running"));
+    QCOMPARE(f.window->toolBars()->timeLabel->text(), QStringLiteral("3.000"));
+    QCOMPARE(f.window->mode(), Ombrix::Pause);
+}
+
+void tst_MainWindowPlayback::seekWhilePlayingReannouncesEvents()
+{
+    PlaybackFixture f;
+    f.window->setPlaybackFile(f.recording);
+    f.window->playButton();
+    f.advance(2500);
+    QCOMPARE(f.messages->lineCount(), 2);
+
+    f.window->engine()->seek(0.2);
+    QVERIFY(f.window->engine()->isPlaying());
+    QCOMPARE(f.errors->lineCount(), 0);
+    QCOMPARE(f.messages->lineCount(), 0);
+    QCOMPARE(f.indicator->stateId(), QStringLiteral("RUN"));
+    f.advance(400);
+    QCOMPARE(f.errors->lineCount(), 1);
+}
+
+void tst_MainWindowPlayback::endOfPlaybackReturnsToIdleAndPlayRewinds()
+{
+    PlaybackFixture f;
+    f.window->setPlaybackFile(f.recording);
+    f.window->playButton();
+    f.advance(2900);
+    f.window->stopButton();
+    QTest::keyClick(f.window->toolBars()->positionSlider, Qt::Key_End);
+    QCOMPARE(f.window->toolBars()->positionSlider->value(), 1000);
+
+    // At the slider's end Play starts over from the beginning.
+    f.window->playButton();
+    QCOMPARE(f.window->engine()->currentTime(), 0.0);
+    QCOMPARE(f.gauge->value(), 60.0);
+
+    f.advance(3200);
+    QCOMPARE(f.window->mode(), Ombrix::Idle);
+    QCOMPARE(f.window->modeLabel()->text(), QStringLiteral("Idle"));
+    QVERIFY(f.window->toolBars()->playAction->isEnabled());
+}
+
+void tst_MainWindowPlayback::recordingDefinitionsTakePrecedenceUntilDesign()
+{
+    PlaybackFixture f;
+    // The recording was made with RPM mapped as raw * 2.
+    QVERIFY(WindowFixture::writeFile(Recording::companionPathFor(f.recording),
+                                     "DASHBOARD_SIGNAL(RPM, \"Speed\", float)\nDASHBOARD_MAPPING(RPM, 0, 2)\n"));
+    f.window->toolBars()->useRecordingDefinitionsBox->setChecked(true);
+    f.window->setPlaybackFile(f.recording);
+    QVERIFY(f.window->definitionsInForce() != f.window->definitions());
+    f.window->playButton();
+    QCOMPARE(f.gauge->value(), 200.0);
+
+    f.window->designButton();
+    QCOMPARE(f.window->definitionsInForce(), f.window->definitions());
+    f.window->designButton();
+
+    f.window->toolBars()->useRecordingDefinitionsBox->setChecked(false);
+    f.window->playButton();
+    QCOMPARE(f.window->definitionsInForce(), f.window->definitions());
+    f.window->engine()->seek(0.0);
+    QCOMPARE(f.gauge->value(), 60.0);
+}
+
+void tst_MainWindowPlayback::playbackFileLabelFollowsSelection()
+{
+    PlaybackFixture f;
+    f.prompts->fileAnswers = {f.recording};
+    f.window->toolBars()->playbackFileLabel->show();
+    QTest::mouseClick(f.window->toolBars()->playbackFileLabel, Qt::LeftButton);
+    QCOMPARE(f.prompts->captions.size(), 1);
+    QCOMPARE(f.window->playbackFile(), f.recording);
+    QCOMPARE(f.window->toolBars()->playbackFileLabel->text(), QStringLiteral("bench.rec"));
+    QCOMPARE(f.window->engine()->frames().duration(), 3.0);
+
+    // Cancelling keeps the selection.
+    f.window->selectPlaybackFile();
+    QCOMPARE(f.window->playbackFile(), f.recording);
+}
+
+void tst_MainWindowPlayback::exportsThroughWindowEqualExporters()
+{
+    PlaybackFixture f;
+    f.window->setPlaybackFile(f.recording);
+    const QString exports = f.project + QStringLiteral("/exports/");
+
+    QVERIFY(f.window->exportEventsTo(exports + QStringLiteral("events.csv")));
+    QCOMPARE(f.window->statusBar()->currentMessage(), QStringLiteral("Events CSV exported → events.csv"));
+    QVERIFY(EventsCsvExporter::exportTo(exports + QStringLiteral("reference.csv"), f.window->engine()->frames(),
+                                        f.window->definitions()));
+    const QByteArray events = WindowFixture::readFile(exports + QStringLiteral("events.csv"));
+    QCOMPARE(events, WindowFixture::readFile(exports + QStringLiteral("reference.csv")));
+    QVERIFY(events.contains("\"MODE\",\"RUN\",\"Running\""));
+
+    // The dialog route ends in the same twin.
+    f.prompts->fileAnswers = {exports + QStringLiteral("dialog.csv")};
+    f.window->exportEventsButton();
+    QCOMPARE(WindowFixture::readFile(exports + QStringLiteral("dialog.csv")), events);
+
+    SignalsExportOptions options;
+    options.signalNames = {QStringLiteral("RPM")};
+    options.applyMappings = true;
+    QVERIFY(f.window->exportSignalsTo(exports + QStringLiteral("signals.csv"), options));
+    QVERIFY(SignalsCsvExporter::exportTo(exports + QStringLiteral("signals-ref.csv"), f.window->engine()->frames(),
+                                         f.window->definitions(), options));
+    QCOMPARE(WindowFixture::readFile(exports + QStringLiteral("signals.csv")),
+             WindowFixture::readFile(exports + QStringLiteral("signals-ref.csv")));
+
+    QVERIFY(!f.window->exportEventsTo(f.project + QStringLiteral("/no/such/folder/events.csv")));
+    QCOMPARE(f.prompts->warningTexts(), QStringList{QStringLiteral("Export Events CSV: Could not open file for writing.")});
+}
+
+void tst_MainWindowPlayback::exportsWithoutDataInform()
+{
+    WindowFixture f;
+    f.window->exportEventsButton();
+    f.window->exportButton();
+    QCOMPARE(f.prompts->informations.size(), 2);
+    QCOMPARE(f.prompts->informations.at(0).title, QStringLiteral("Export Events CSV"));
+    QCOMPARE(f.prompts->informations.at(0).text, QStringLiteral("No playback data loaded."));
+    QVERIFY(f.prompts->captions.isEmpty());
+}
+
+QTEST_MAIN(tst_MainWindowPlayback)
+#include "tst_mainwindow_playback.moc"
