@@ -5,6 +5,7 @@
 
 #include <QHash>
 
+#include <algorithm>
 #include <cmath>
 #include <optional>
 #include <vector>
@@ -135,7 +136,9 @@ qint64 SignalsCsvExporter::sampleCount(double duration, double rateHz)
 {
     if (!(rateHz > 0.0) || !(duration >= 0.0))
         return 0;
-    const double last = std::floor(duration * rateHz + 1e-9);
+    // duration * rate may land a hair below a whole number (0.29 * 100).
+    const double product = duration * rateHz;
+    const double last = std::floor(product + 1e-9 * std::max(1.0, product));
     if (!std::isfinite(last) || last >= 1e12)
         return -1;
     return qint64(last) + 1;
