@@ -101,8 +101,7 @@ void ConsoleWidget::setAutoScroll(bool on)
     m_autoScroll = on;
     if (on) {
         flush();
-        m_view->moveCursor(QTextCursor::End);
-        m_view->ensureCursorVisible();
+        scrollToNewest();
     }
 }
 
@@ -185,12 +184,22 @@ void ConsoleWidget::refreshView()
     m_needsRewrite = false;
 
     if (m_autoScroll) {
-        m_view->moveCursor(QTextCursor::End);
-        m_view->ensureCursorVisible();
+        scrollToNewest();
     } else {
         vertical->setValue(keptVertical);
         horizontal->setValue(keptHorizontal);
     }
+}
+
+void ConsoleWidget::scrollToNewest()
+{
+    // The view follows the newest line down but stays where the user put it
+    // sideways, so long lines do not drag it to the right.
+    QScrollBar *horizontal = m_view->horizontalScrollBar();
+    const int keptHorizontal = horizontal->value();
+    m_view->moveCursor(QTextCursor::End);
+    m_view->verticalScrollBar()->setValue(m_view->verticalScrollBar()->maximum());
+    horizontal->setValue(keptHorizontal);
 }
 
 void ConsoleWidget::rewriteView()

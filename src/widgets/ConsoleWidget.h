@@ -74,6 +74,7 @@ protected:
 private:
     void scheduleRefresh();
     void refreshView();
+    void scrollToNewest();
     void rewriteView();
     void appendToView();
     void trimRing();
