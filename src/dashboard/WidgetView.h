@@ -6,6 +6,8 @@
 // repainting only what changed.
 class WidgetView : public QGraphicsView
 {
+    Q_OBJECT
+
 public:
     explicit WidgetView(QWidget *parent = nullptr);
     explicit WidgetView(QGraphicsScene *scene, QWidget *parent = nullptr);
