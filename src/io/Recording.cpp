@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 /*
  * Reading a recording, line by line (a line ends with a line feed):
@@ -42,7 +43,34 @@
 namespace {
 constexpr qint64 ChunkBytes = 4 * 1024 * 1024;
 const QChar Bom(0xFEFF);
+
+// Plain character tests: these run for every token of a million lines,
+// where the general string functions cost more than the comparison.
+bool startsWithRaw(QStringView s)
+{
+    return s.size() >= 3 && s[0] == u'R' && s[1] == u'A' && s[2] == u'W';
 }
+
+bool isErrKey(QStringView s)
+{
+    return s.size() == 3 && s[0] == u'E' && s[1] == u'R' && s[2] == u'R';
+}
+
+bool isStateKey(QStringView s)
+{
+    return s.size() >= 3 && s[0] == u'S' && s[1] == u'T' && s[2] == u'_';
+}
+
+qsizetype indexOfEquals(QStringView s)
+{
+    const QChar *data = s.data();
+    for (qsizetype i = 0, n = s.size(); i < n; ++i) {
+        if (data[i] == u'=')
+            return i;
+    }
+    return -1;
+}
+} // namespace
 
 class RecordingLoader
 {
@@ -66,6 +94,8 @@ private:
     Recording &r;
     QHash<QStringView, int> m_nameIndex; // views into r.m_names
     QHash<QStringView, int> m_wordIndex; // views into r.m_words
+    std::vector<int> m_nameAtOrdinal; // name index last seen at each token position
+    int m_tokenOrdinal = 0;
     double m_lineTime = 0.0;
     bool m_lineHasFrame = false;
 };
@@ -97,21 +127,22 @@ void RecordingLoader::addLine(QStringView line)
     const QStringView second = LineParser::nextToken(line, pos);
     if (second.isNull())
         return;
-    if (second == u"RAW") {
+    if (second.size() == 3 && startsWithRaw(second)) {
         QStringList words;
         for (QStringView w = LineParser::nextToken(line, pos); !w.isNull(); w = LineParser::nextToken(line, pos))
             words.append(w.toString());
         addMessage(words.join(QLatin1Char(' ')));
         return;
     }
-    if (second.startsWith(u"RAW")) {
-        const qsizetype equals = second.indexOf(u'=');
+    if (startsWithRaw(second)) {
+        const qsizetype equals = indexOfEquals(second);
         if (equals < 0 || equals == 3) {
             const qsizetype textStart = (second.data() - line.data()) + 3;
             addMessage(line.sliced(textStart).toString());
             return;
         }
     }
+    m_tokenOrdinal = 0;
     addToken(second);
     for (QStringView token = LineParser::nextToken(line, pos); !token.isNull(); token = LineParser::nextToken(line, pos))
         addToken(token);
@@ -143,18 +174,19 @@ void RecordingLoader::addMessage(QString text)
 
 void RecordingLoader::addToken(QStringView token)
 {
-    const qsizetype equals = token.indexOf(u'=');
+    const qsizetype equals = indexOfEquals(token);
+    ++m_tokenOrdinal;
     if (equals <= 0)
         return;
     const QStringView key = token.first(equals).trimmed();
     const QStringView value = token.sliced(equals + 1).trimmed();
-    if (key.startsWith(u"ST_")) {
+    if (isStateKey(key)) {
         const QStringView group = key.sliced(3);
         if (!group.isEmpty() && !value.isEmpty())
             r.m_states.append({currentFrame(), internWord(group), internWord(value)});
         return;
     }
-    if (key == u"ERR") {
+    if (isErrKey(key)) {
         if (!value.isEmpty())
             r.m_errors.append({currentFrame(), internWord(value)});
         return;
@@ -184,12 +216,26 @@ void RecordingLoader::setValue(int name, double value)
 
 int RecordingLoader::internName(QStringView name)
 {
+    // Lines of one device name their signals in the same order: the name
+    // seen at this token position last time is the likely one.
+    const size_t slot = size_t(m_tokenOrdinal) - 1;
+    if (slot < m_nameAtOrdinal.size()) {
+        const int guess = m_nameAtOrdinal[slot];
+        if (guess >= 0 && QStringView(r.m_names.at(guess)) == name)
+            return guess;
+    } else {
+        m_nameAtOrdinal.resize(slot + 1, -1);
+    }
+    int index;
     const auto it = m_nameIndex.constFind(name);
-    if (it != m_nameIndex.cend())
-        return it.value();
-    const int index = int(r.m_names.size());
-    r.m_names.append(name.toString());
-    m_nameIndex.insert(QStringView(r.m_names.constLast()), index);
+    if (it != m_nameIndex.cend()) {
+        index = it.value();
+    } else {
+        index = int(r.m_names.size());
+        r.m_names.append(name.toString());
+        m_nameIndex.insert(QStringView(r.m_names.constLast()), index);
+    }
+    m_nameAtOrdinal[slot] = index;
     return index;
 }
 
