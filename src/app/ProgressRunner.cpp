@@ -20,7 +20,10 @@ ProgressRunner::ProgressRunner(const QString &labelText, QWidget *parent)
 
 ProgressRunner::~ProgressRunner()
 {
-    delete m_dialog; // a guarded top-level helper; it must not outlive the work
+    if (m_dialog) {
+        m_dialog->hide();
+        m_dialog->deleteLater();
+    }
 }
 
 Recording::Progress ProgressRunner::callback()

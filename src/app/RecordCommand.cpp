@@ -139,6 +139,14 @@ void RecordCommand::finish(int exitCode, const QString &reason)
 
 namespace {
 
+struct RecordArguments
+{
+    SerialSettings settings;
+    QString projectDir;
+    QString definitionsPath;
+    RecordCommand::Limits limits;
+};
+
 bool parseLimits(CliCommand &cli, const QCommandLineOption &duration, const QCommandLineOption &lines,
                  RecordCommand::Limits *limits)
 {
@@ -163,14 +171,10 @@ bool parseLimits(CliCommand &cli, const QCommandLineOption &duration, const QCom
     return ok;
 }
 
-} // namespace
-
-int RecordCommand::run(const QStringList &args)
+// False after printing a usage error (exit 2) or the help (exit 0); the
+// exit code is then in *exitCode.
+bool parseArguments(CliCommand &cli, const QStringList &args, RecordArguments *out, int *exitCode)
 {
-    CliCommand cli(QStringLiteral("record"),
-                   QStringLiteral("--port NAME [--baud N] --project DIR [--duration S | --lines N]"),
-                   QStringLiteral("Record a serial port into the project's recordings folder until "
-                                  "the limit is reached, Ctrl+C, or the device goes away."));
     const QCommandLineOption port({QStringLiteral("p"), QStringLiteral("port")},
                                   QStringLiteral("The serial port (name or device path)."), QStringLiteral("NAME"));
     const QCommandLineOption baud({QStringLiteral("b"), QStringLiteral("baud")},
@@ -188,47 +192,67 @@ int RecordCommand::run(const QStringList &args)
                                    QStringLiteral("N"));
     cli.parser().addOptions({port, baud, project, def, duration, lines});
     QStringList positionals;
-    if (!cli.parse(args) || !cli.takePositionals({}, &positionals))
-        return cli.exitCode();
+    if (!cli.parse(args) || !cli.takePositionals({}, &positionals)) {
+        *exitCode = cli.exitCode();
+        return false;
+    }
+    *exitCode = 2;
     const QCommandLineParser &parser = cli.parser();
-    if (parser.value(port).isEmpty())
-        return cli.usageError(QStringLiteral("missing --port NAME"));
-    if (parser.value(project).isEmpty())
-        return cli.usageError(QStringLiteral("missing --project DIR"));
-    const QString projectDir = parser.value(project);
-    if (!QFileInfo(projectDir).isDir())
-        return cli.usageError(QStringLiteral("no such project folder: %1").arg(projectDir));
-    SerialSettings settings;
-    settings.portName = parser.value(port);
+    out->settings.portName = parser.value(port);
+    out->projectDir = parser.value(project);
     bool baudOk = false;
-    settings.baudRate = parser.value(baud).toInt(&baudOk);
-    if (!baudOk || settings.baudRate <= 0)
-        return cli.usageError(QStringLiteral("--baud needs a positive whole number"));
-    Limits limits;
-    if (!parseLimits(cli, duration, lines, &limits))
-        return 2;
-    const QString defPath = parser.isSet(def)
+    out->settings.baudRate = parser.value(baud).toInt(&baudOk);
+    out->definitionsPath = parser.isSet(def)
         ? parser.value(def)
-        : QDir(projectDir).filePath(QStringLiteral("dashboard_signals.def"));
-    if (parser.isSet(def) && !QFileInfo(defPath).isFile())
-        return cli.usageError(QStringLiteral("no such definition file: %1").arg(defPath));
-    if (!QFileInfo(defPath).isFile())
-        cli.note(QStringLiteral("%1 not found; the recording gets no companion definitions").arg(defPath));
+        : QDir(out->projectDir).filePath(QStringLiteral("dashboard_signals.def"));
+    if (out->settings.portName.isEmpty())
+        cli.usageError(QStringLiteral("missing --port NAME"));
+    else if (out->projectDir.isEmpty())
+        cli.usageError(QStringLiteral("missing --project DIR"));
+    else if (!QFileInfo(out->projectDir).isDir())
+        cli.usageError(QStringLiteral("no such project folder: %1").arg(out->projectDir));
+    else if (!baudOk || out->settings.baudRate <= 0)
+        cli.usageError(QStringLiteral("--baud needs a positive whole number"));
+    else if (parser.isSet(def) && !QFileInfo(out->definitionsPath).isFile())
+        cli.usageError(QStringLiteral("no such definition file: %1").arg(out->definitionsPath));
+    else
+        return parseLimits(cli, duration, lines, &out->limits);
+    return false;
+}
+
+} // namespace
+
+int RecordCommand::run(const QStringList &args)
+{
+    CliCommand cli(QStringLiteral("record"),
+                   QStringLiteral("--port NAME [--baud N] --project DIR [--duration S | --lines N]"),
+                   QStringLiteral("Record a serial port into the project's recordings folder until "
+                                  "the limit is reached, Ctrl+C, or the device goes away."));
+    RecordArguments arguments;
+    int exitCode = 0;
+    if (!parseArguments(cli, args, &arguments, &exitCode))
+        return exitCode;
+    if (!QFileInfo(arguments.definitionsPath).isFile())
+        cli.note(QStringLiteral("%1 not found; the recording gets no companion definitions")
+                     .arg(arguments.definitionsPath));
 
     RecordCommand recorder;
     QString error;
-    if (!recorder.start(settings, projectDir, defPath, limits, &error))
+    if (!recorder.start(arguments.settings, arguments.projectDir, arguments.definitionsPath,
+                        arguments.limits, &error))
         return cli.fail(error);
     QTextStream(stdout) << recorder.filePath() << Qt::endl;
-    cli.note(QStringLiteral("recording %1 at %2 baud; Ctrl+C stops").arg(settings.portName).arg(settings.baudRate));
+    cli.note(QStringLiteral("recording %1 at %2 baud; Ctrl+C stops")
+                 .arg(arguments.settings.portName)
+                 .arg(arguments.settings.baudRate));
 
     QEventLoop loop;
     QString reason;
-    connect(&recorder, &RecordCommand::finished, &loop, [&loop, &reason](int exitCode, const QString &why) {
+    connect(&recorder, &RecordCommand::finished, &loop, [&loop, &reason](int code, const QString &why) {
         reason = why;
-        loop.exit(exitCode);
+        loop.exit(code);
     });
-    const int exitCode = loop.exec();
+    exitCode = loop.exec();
     cli.note(QStringLiteral("stopped: %1").arg(reason));
     cli.note(QStringLiteral("%1 lines received into %2").arg(recorder.linesReceived()).arg(recorder.filePath()));
     return exitCode;
