@@ -8,6 +8,7 @@
 #include <QGraphicsRectItem>
 #include <QGraphicsSceneContextMenuEvent>
 #include <QJsonArray>
+#include <QMenu>
 #include <QPointer>
 #include <QtTest>
 
@@ -40,6 +41,7 @@ private Q_SLOTS:
     void designModeOverlayTakesMouseEvenWhenTopmost();
     void outsideDesignModeMouseReachesWidget();
     void designModeToggling();
+    void contextMenuOffersItemOperations();
 
     void zOrderOperations_data();
     void zOrderOperations();
@@ -380,6 +382,37 @@ void TestDashboardItem::designModeToggling()
     QVERIFY(!item->acceptHoverEvents());
     QVERIFY(!item->hasCursor());
     QCOMPARE(widget->cursor().shape(), Qt::ArrowCursor);
+}
+
+void TestDashboardItem::contextMenuOffersItemOperations()
+{
+    addProbe(QPointF(200, 0));
+    DashboardItem *item = addProbe();
+    item->setDesignMode(true);
+
+    QStringList entries;
+    QTimer::singleShot(0, this, [&entries] {
+        auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+        if (!menu)
+            return;
+        const QList<QAction *> actions = menu->actions();
+        for (const QAction *action : actions)
+            entries.append(action->isSeparator() ? QStringLiteral("|") : action->text());
+        // Down twice from no active entry lands on "Bring to Front".
+        QTest::keyClick(menu, Qt::Key_Down);
+        QTest::keyClick(menu, Qt::Key_Down);
+        QTest::keyClick(menu, Qt::Key_Return);
+    });
+    QGraphicsSceneContextMenuEvent menuEvent(QEvent::GraphicsSceneContextMenu);
+    menuEvent.setScenePos(QPointF(40, 30));
+    menuEvent.setPos(QPointF(40, 30));
+    m_scene->sendEvent(item->overlay(), &menuEvent);
+
+    QCOMPARE(entries,
+             (QStringList{QStringLiteral("Configure Widget..."), QStringLiteral("Bring to Front"),
+                          QStringLiteral("Send to Back"), QStringLiteral("Bring Forward"),
+                          QStringLiteral("Send Backward"), QStringLiteral("|"), QStringLiteral("Delete")}));
+    QCOMPARE(item->zValue(), 1.0);
 }
 
 void TestDashboardItem::zOrderOperations_data()
