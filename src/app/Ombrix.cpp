@@ -349,8 +349,15 @@ void Ombrix::onPortsChanged(const QStringList &ports)
 void Ombrix::onSerialError(const QString &message)
 {
     showTransientMessage(tr("Serial port error: %1").arg(message), 10000);
-    if (!m_serial->isOpen())
+    if (!m_serial->isOpen()) {
         m_toolBars->setConnected(false);
+        return;
+    }
+    // The port is only read: any error while open means the stream is broken
+    // (a hung-up device reports read errors, not always a resource error).
+    const QString name = m_serial->portName();
+    m_serial->close();
+    onPortLost(name);
 }
 
 void Ombrix::onPortLost(const QString &portName)

@@ -55,7 +55,8 @@ struct PlaybackFixture : WindowFixture
     {
         for (int step = 0; step < ms; step += 50) {
             now += 50;
-            window->engine()->tick();
+            if (window->engine()->isPlaying())
+                window->engine()->tick();
         }
     }
 
