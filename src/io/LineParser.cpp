@@ -3,6 +3,7 @@
 #include "NumberParser.h"
 
 #include <QHashFunctions>
+#include <QVarLengthArray>
 
 #include <vector>
 
@@ -65,6 +66,148 @@ QString intern(QStringView text)
     return table.intern(text);
 }
 
+// The values of one line in token order, before they go into the map.
+struct PendingValue
+{
+    QStringView key;
+    double value;
+};
+using PendingValues = QVarLengthArray<PendingValue, 16>;
+
+// Lines with more values than this rebuild their map every time.
+constexpr qsizetype MaxShapeSize = 64;
+
+// QStringView::trimmed, skipped when both ends are plainly not white space.
+QStringView trimmedToken(QStringView text)
+{
+    if (text.isEmpty())
+        return text;
+    const char16_t first = text.front().unicode();
+    const char16_t last = text.back().unicode();
+    if (first > u' ' && first < 0x80 && last > u' ' && last < 0x80)
+        return text;
+    return text.trimmed();
+}
+
+bool isStateKey(QStringView key)
+{
+    return key.size() >= 3 && key[0] == u'S' && key[1] == u'T' && key[2] == u'_';
+}
+
+bool isErrorKey(QStringView key)
+{
+    return key.size() == 3 && key[0] == u'E' && key[1] == u'R' && key[2] == u'R';
+}
+
+// The token rules; values go to pending when given, else straight into the map.
+void applyToken(QStringView token, qsizetype equals, ParsedLine &out, PendingValues *pending)
+{
+    if (equals <= 0) {
+        out.unrecognized.append(token.toString());
+        return;
+    }
+    const QStringView key = trimmedToken(token.first(equals));
+    const QStringView value = trimmedToken(token.sliced(equals + 1));
+    if (isStateKey(key)) {
+        const QStringView group = key.sliced(3);
+        if (!group.isEmpty() && !value.isEmpty())
+            out.events.append({LineEvent::State, intern(group), intern(value)});
+        return;
+    }
+    if (isErrorKey(key)) {
+        if (!value.isEmpty())
+            out.events.append({LineEvent::Error, QString(), intern(value)});
+        return;
+    }
+    bool ok = false;
+    const double number = NumberParser::toDouble(value, &ok);
+    if (!ok)
+        return;
+    if (pending)
+        pending->append({key, number});
+    else
+        out.values.insert(intern(key), number);
+}
+
+// The next token at or after pos and the position of its first '=' (-1 when none).
+QStringView scanToken(QStringView text, qsizetype &pos, qsizetype &equals)
+{
+    const qsizetype size = text.size();
+    const QChar *data = text.data();
+    qsizetype start = pos;
+    while (start < size && LineParser::isSeparator(data[start]))
+        ++start;
+    if (start >= size) {
+        pos = size;
+        return {};
+    }
+    equals = -1;
+    qsizetype end = start;
+    for (; end < size && !LineParser::isSeparator(data[end]); ++end) {
+        if (equals < 0 && data[end] == u'=')
+            equals = end - start;
+    }
+    pos = end;
+    return text.sliced(start, end - start);
+}
+
+// True when the map still holds exactly the entries the shape recorded, in
+// which case their positions are filled into entries.
+bool shapeMatches(ParsedLine &out, const PendingValues &pending,
+                  QVarLengthArray<QMap<QString, double>::iterator, 16> &entries)
+{
+    const ValueShape &shape = out.shape;
+    if (shape.keys.size() != pending.size() || !out.values.isDetached()
+        || out.values.size() != shape.nodes.size())
+        return false;
+    for (qsizetype i = 0; i < pending.size(); ++i) {
+        if (QStringView(shape.keys.at(i)) != pending.at(i).key)
+            return false;
+    }
+    qsizetype j = 0;
+    for (auto it = out.values.begin(); it != out.values.end(); ++it, ++j) {
+        if (it.key().constData() != shape.nodes.at(j))
+            return false;
+        entries.append(it);
+    }
+    return true;
+}
+
+void rebuildValues(ParsedLine &out, const PendingValues &pending)
+{
+    ValueShape &shape = out.shape;
+    out.values.clear();
+    shape.keys.clear();
+    shape.slots.clear();
+    shape.nodes.clear();
+    for (const PendingValue &item : pending)
+        out.values.insert(intern(item.key), item.value);
+    if (pending.size() > MaxShapeSize)
+        return;
+    for (auto it = out.values.cbegin(); it != out.values.cend(); ++it)
+        shape.nodes.append(it.key().constData());
+    for (const PendingValue &item : pending) {
+        const auto it = out.values.constFind(item.key.toString());
+        shape.keys.append(it.key());
+        shape.slots.append(int(std::distance(out.values.cbegin(), it)));
+    }
+}
+
+void storeValues(ParsedLine &out, const PendingValues &pending)
+{
+    if (pending.isEmpty()) {
+        out.values.clear();
+        return;
+    }
+    QVarLengthArray<QMap<QString, double>::iterator, 16> entries;
+    if (!shapeMatches(out, pending, entries)) {
+        rebuildValues(out, pending);
+        return;
+    }
+    for (qsizetype i = 0; i < pending.size(); ++i)
+        entries[out.shape.slots.at(i)].value() = pending.at(i).value; // token order: a repeated key keeps the last
+}
+
 } // namespace
 
 void ParsedLine::clear()
@@ -75,84 +218,60 @@ void ParsedLine::clear()
     events.clear();
     values.clear();
     unrecognized.clear();
+    shape = {};
 }
 
 bool LineParser::parse(QStringView trimmedLine, double defaultTimestamp, ParsedLine &out)
 {
-    out.clear();
     qsizetype probe = 0;
-    if (nextToken(trimmedLine, probe).isNull())
+    if (nextToken(trimmedLine, probe).isNull()) {
+        out.clear();
         return false;
+    }
     return parse(trimmedLine.toString(), defaultTimestamp, out);
 }
 
 bool LineParser::parse(const QString &trimmedLine, double defaultTimestamp, ParsedLine &out)
 {
-    out.clear();
+    out.events.clear();
+    out.unrecognized.clear();
     const QStringView text(trimmedLine);
     qsizetype pos = 0;
-    const QStringView first = nextToken(text, pos);
-    if (first.isNull())
+    qsizetype equals = -1;
+    const QStringView first = scanToken(text, pos, equals);
+    if (first.isNull()) {
+        out.clear();
         return false;
+    }
     out.line = trimmedLine;
     bool ok = false;
-    const double own = NumberParser::toDouble(first, &ok);
+    const double own = equals < 0 ? NumberParser::toDouble(first, &ok) : 0.0;
     out.ownTimestamp = ok;
     out.timestamp = ok ? own : defaultTimestamp;
+    PendingValues pending;
     if (!ok)
-        parseToken(first, out);
-    for (QStringView token = nextToken(text, pos); !token.isNull(); token = nextToken(text, pos))
-        parseToken(token, out);
+        applyToken(first, equals, out, &pending);
+    for (QStringView token = scanToken(text, pos, equals); !token.isNull(); token = scanToken(text, pos, equals))
+        applyToken(token, equals, out, &pending);
+    storeValues(out, pending);
     return true;
 }
 
 void LineParser::parseTokens(QStringView text, ParsedLine &out)
 {
     qsizetype pos = 0;
-    for (QStringView token = nextToken(text, pos); !token.isNull(); token = nextToken(text, pos))
-        parseToken(token, out);
+    qsizetype equals = -1;
+    for (QStringView token = scanToken(text, pos, equals); !token.isNull(); token = scanToken(text, pos, equals))
+        applyToken(token, equals, out, nullptr);
 }
 
 void LineParser::parseToken(QStringView token, ParsedLine &out)
 {
-    const qsizetype equals = token.indexOf(u'=');
-    if (equals <= 0) {
-        out.unrecognized.append(token.toString());
-        return;
-    }
-    const QStringView key = token.first(equals).trimmed();
-    const QStringView value = token.sliced(equals + 1).trimmed();
-    if (key.startsWith(u"ST_")) {
-        const QStringView group = key.sliced(3);
-        if (!group.isEmpty() && !value.isEmpty())
-            out.events.append({LineEvent::State, intern(group), intern(value)});
-        return;
-    }
-    if (key == u"ERR") {
-        if (!value.isEmpty())
-            out.events.append({LineEvent::Error, QString(), intern(value)});
-        return;
-    }
-    bool ok = false;
-    const double number = NumberParser::toDouble(value, &ok);
-    if (ok)
-        out.values.insert(intern(key), number);
+    applyToken(token, token.indexOf(u'='), out, nullptr);
 }
 
 QStringView LineParser::nextToken(QStringView text, qsizetype &pos)
 {
-    const qsizetype size = text.size();
-    const QChar *data = text.data();
-    qsizetype start = pos;
-    while (start < size && isSeparator(data[start]))
-        ++start;
-    if (start >= size) {
-        pos = size;
-        return {};
-    }
-    qsizetype end = start + 1;
-    while (end < size && !isSeparator(data[end]))
-        ++end;
-    pos = end;
-    return text.sliced(start, end - start);
+    qsizetype equals = -1;
+    return scanToken(text, pos, equals);
 }

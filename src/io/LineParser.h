@@ -15,6 +15,16 @@ struct LineEvent
     QString id;      // State: the state id; Error: the error name
 };
 
+// Where each value of the previous line sits in its map, so that a line with
+// the same keys in the same order updates the map in place instead of
+// rebuilding it. Internal to LineParser::parse.
+struct ValueShape
+{
+    QStringList keys;           // the value keys in token order
+    QList<int> slots;           // for each key, its position in map order
+    QList<const QChar *> nodes; // the key data of each map entry, in map order
+};
+
 // Everything one line of the device's protocol carries.
 struct ParsedLine
 {
@@ -24,6 +34,7 @@ struct ParsedLine
     QList<LineEvent> events;       // states and errors in token order
     QMap<QString, double> values;  // a repeated key keeps the last value
     QStringList unrecognized;      // words for unrecognizedParsed, in order
+    ValueShape shape;              // the last line's value layout, for reuse
 
     void clear();
     // The unrecognised words joined with one space, as unrecognizedParsed carries them.

@@ -21,6 +21,10 @@ private Q_SLOTS:
     void parseTokensAppendsForTheRecordingReader();
     void nextTokenWalksTheLine();
     void reusedResultIsClearedBetweenLines();
+    void consecutiveLinesGiveFreshValues_data();
+    void consecutiveLinesGiveFreshValues();
+    void keptMapIsNotOverwritten();
+    void externallyChangedMapIsRebuilt();
 };
 
 // Events as "S:<group>/<state>" and "E:<name>", in the order they were parsed.
@@ -201,6 +205,57 @@ void TestLineParser::reusedResultIsClearedBetweenLines()
     QVERIFY(parsed.events.isEmpty());
     QVERIFY(parsed.unrecognized.isEmpty());
     QCOMPARE(kept, (ValueMap{{"A", 1}}));
+}
+
+// Lines parsed into one reused result must give what each gives on its own,
+// whatever the previous line held.
+void TestLineParser::consecutiveLinesGiveFreshValues_data()
+{
+    QTest::addColumn<QStringList>("lines");
+    QTest::newRow("same keys") << QStringList{"1 A=1 B=2 C=3", "2 A=4 B=5 C=6", "3 A=7 B=8 C=9"};
+    QTest::newRow("unsorted keys") << QStringList{"Z=1 A=2 M=3", "Z=4 A=5 M=6"};
+    QTest::newRow("same keys, other order") << QStringList{"A=1 B=2", "B=3 A=4", "A=5 B=6"};
+    QTest::newRow("repeated key") << QStringList{"A=1 A=2 B=0", "A=3 A=4 B=0", "A=5 B=1 A=6"};
+    QTest::newRow("a key goes missing") << QStringList{"A=1 B=2", "A=3", "A=4 B=5"};
+    QTest::newRow("a value fails to parse") << QStringList{"A=1 B=2", "A=3 B=x", "A=4 B=5"};
+    QTest::newRow("no values between") << QStringList{"A=1", "hello", "A=2", "7", "A=3"};
+    QTest::newRow("longer and shorter keys") << QStringList{"AB=1 A=2", "A=3 AB=4", "ABC=5 A=6"};
+}
+
+void TestLineParser::consecutiveLinesGiveFreshValues()
+{
+    QFETCH(QStringList, lines);
+    ParsedLine reused;
+    for (const QString &line : lines) {
+        ParsedLine fresh;
+        QVERIFY(LineParser::parse(line, 0.0, fresh));
+        QVERIFY(LineParser::parse(line, 0.0, reused));
+        QCOMPARE(reused.values, fresh.values);
+    }
+}
+
+void TestLineParser::keptMapIsNotOverwritten()
+{
+    ParsedLine parsed;
+    QVERIFY(LineParser::parse(QStringLiteral("A=1 B=2"), 0.0, parsed));
+    QVERIFY(LineParser::parse(QStringLiteral("A=3 B=4"), 0.0, parsed));
+    const ValueMap kept = parsed.values;
+    QVERIFY(LineParser::parse(QStringLiteral("A=5 B=6"), 0.0, parsed));
+    QCOMPARE(kept, (ValueMap{{"A", 3}, {"B", 4}}));
+    QCOMPARE(parsed.values, (ValueMap{{"A", 5}, {"B", 6}}));
+}
+
+void TestLineParser::externallyChangedMapIsRebuilt()
+{
+    ParsedLine parsed;
+    QVERIFY(LineParser::parse(QStringLiteral("A=1 B=2"), 0.0, parsed));
+    parsed.values = ValueMap{{"X", 1}, {"Y", 2}};
+    QVERIFY(LineParser::parse(QStringLiteral("A=3 B=4"), 0.0, parsed));
+    QCOMPARE(parsed.values, (ValueMap{{"A", 3}, {"B", 4}}));
+    parsed.values.remove(QStringLiteral("B"));
+    parsed.values.insert(QStringLiteral("C"), 9);
+    QVERIFY(LineParser::parse(QStringLiteral("A=5 B=6"), 0.0, parsed));
+    QCOMPARE(parsed.values, (ValueMap{{"A", 5}, {"B", 6}}));
 }
 
 QTEST_GUILESS_MAIN(TestLineParser)
