@@ -92,9 +92,9 @@ void PlaybackScrubber::onActionTriggered(int action)
         m_pendingPosition = m_slider->sliderPosition();
         return;
     }
-    // A click on the groove or a key: the slider has its new position
-    // already, so the engine follows at once.
-    if (action != QAbstractSlider::SliderMove && m_engine) {
+    // A click on the groove, a key or the wheel: the slider has its new
+    // position already, so the engine follows at once.
+    if (m_engine) {
         sendPreviewWindow(false);
         seekTo(m_slider->sliderPosition());
     }

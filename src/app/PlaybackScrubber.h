@@ -21,8 +21,8 @@ class SignalPlaybackEngine;
  * while the slider is held, a 100 ms scrub timer seeks the engine to the
  * pending position and emits positionScrubbed(ms) (the window moves and
  * repaints its trend plots). Releasing seeks once more and restarts the
- * engine when the window is in Play mode. A click on the groove or a key
- * press seeks at once, without a drag.
+ * engine when the window is in Play mode. A click on the groove, a key or
+ * the wheel seeks at once, without a drag.
  *
  * The preview window given to the engine is the largest trend-plot time
  * window (10 s when no plot has a positive one, at most 30 s), clamped to

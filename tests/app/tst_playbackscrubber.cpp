@@ -177,6 +177,12 @@ void TestPlaybackScrubber::grooveClickSeeksAtOnce()
     QCOMPARE(scrubbed.size(), 1);
     QCOMPARE(scrubbed.at(0).at(0).toLongLong(), 2000);
     QCOMPARE(m_engine->currentTime(), 2.0);
+
+    // The wheel moves the slider without a press.
+    m_slider->setSliderPosition(500);
+    m_slider->triggerAction(QAbstractSlider::SliderMove);
+    QCOMPARE(scrubbed.constLast().at(0).toLongLong(), 10000);
+    QVERIFY(!m_engine->isPlaying());
 }
 
 void TestPlaybackScrubber::timeText()
