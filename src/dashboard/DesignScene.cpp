@@ -33,6 +33,8 @@ void DesignScene::drawBackground(QPainter *painter, const QRectF &rect)
 
 void DesignScene::drawGrid(QPainter *painter, const QRectF &rect) const
 {
+    // Crisp one-pixel lines even when the view antialiases.
+    painter->setRenderHint(QPainter::Antialiasing, false);
     painter->setPen(QPen(QBrush(QColor(220, 220, 220, 255)), 1.0, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
     const int left = int(std::floor(rect.left()));
     const int right = int(std::ceil(rect.right()));

@@ -17,6 +17,7 @@ QImage renderScene(DesignScene &scene, const QRectF &source)
     QImage image(source.size().toSize(), QImage::Format_ARGB32);
     image.fill(Qt::black);
     QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing); // as the view paints
     scene.render(&painter, QRectF(QPointF(0, 0), source.size()), source);
     return image;
 }
