@@ -48,7 +48,7 @@ bool ProgressRunner::update(qint64 done, qint64 total)
 {
     if (m_cancelled)
         return false;
-    if (!m_dialog && m_clock.elapsed() > ShowAfterMs)
+    if (!m_dialog && m_clock.elapsed() >= m_showDelayMs)
         showDialog();
     if (!m_dialog)
         return true;

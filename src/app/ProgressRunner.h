@@ -35,6 +35,8 @@ public:
     // Restarts the clock for a further step of work with a new label.
     void restart(const QString &labelText);
     bool isDialogShown() const;
+    // How long work runs before the dialog appears; ShowAfterMs by default.
+    void setShowDelay(int ms) { m_showDelayMs = ms; }
 
     static constexpr int ShowAfterMs = 500;
 
@@ -46,5 +48,6 @@ private:
     QElapsedTimer m_clock;
     QElapsedTimer m_sinceEvents;
     QString m_labelText;
+    int m_showDelayMs = ShowAfterMs;
     bool m_cancelled = false;
 };

@@ -1,0 +1,55 @@
+#include "ProgressRunner.h"
+
+#include <QProgressDialog>
+#include <QtTest>
+
+class TestProgressRunner : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void quickWorkShowsNothing();
+    void cancelStopsTheWork();
+    void cleanup();
+};
+
+void TestProgressRunner::cleanup()
+{
+    QTRY_VERIFY(QApplication::topLevelWidgets().isEmpty());
+}
+
+void TestProgressRunner::quickWorkShowsNothing()
+{
+    QWidget window;
+    ProgressRunner runner(QStringLiteral("Exporting"), &window);
+    runner.setShowDelay(60 * 60 * 1000);
+    const auto progress = runner.callback();
+    for (qint64 i = 0; i <= 100; ++i)
+        QVERIFY(progress(i, 100));
+    QVERIFY(!runner.isDialogShown());
+    QVERIFY(!window.findChild<QProgressDialog *>());
+}
+
+// The dialog's Cancel button is how a user stops a long export: from then
+// on every report answers false.
+void TestProgressRunner::cancelStopsTheWork()
+{
+    QWidget window;
+    window.show();
+    ProgressRunner runner(QStringLiteral("Exporting"), &window);
+    runner.setShowDelay(0);
+    const auto progress = runner.callback();
+    QVERIFY(progress(10, 100));
+    QVERIFY(runner.isDialogShown());
+    auto *dialog = window.findChild<QProgressDialog *>();
+    QVERIFY(dialog);
+    QCOMPARE(dialog->labelText(), QStringLiteral("Exporting"));
+
+    dialog->cancel();
+    QVERIFY(!progress(20, 100));
+    QVERIFY(runner.wasCancelled());
+    QVERIFY(!progress(30, 100));
+}
+
+QTEST_MAIN(TestProgressRunner)
+#include "tst_progressrunner.moc"
