@@ -1,0 +1,353 @@
+#include "AnalogGaugeWidget.h"
+#include "DashboardItem.h"
+#include "DigitalDisplayWidget.h"
+#include "ErrorConsoleWidget.h"
+#include "MessagesConsoleWidget.h"
+#include "SignalDefinitions.h"
+#include "SignalRouter.h"
+#include "StateIndicatorWidget.h"
+
+#include <QFile>
+#include <QGraphicsScene>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+namespace {
+
+// Records every delivery, so tests can tell "once" from "twice" and see the time.
+class RecordingWidget : public DashboardWidget
+{
+    Q_OBJECT
+
+public:
+    struct Delivery
+    {
+        QString name;
+        double value;
+        double tSec;
+    };
+
+    void setValue(double value) override { Q_UNUSED(value); }
+    QString typeName() const override { return QStringLiteral("Recorder"); }
+    void setValueForSignalAt(const QString &name, double value, double tSec) override
+    {
+        deliveries.append(Delivery{name, value, tSec});
+    }
+
+    QList<Delivery> deliveries;
+};
+
+// A widget that wants one repaint per frame, as trend plots do.
+class BatchingWidget : public RecordingWidget
+{
+    Q_OBJECT
+
+public:
+    Q_INVOKABLE void beginBatch() { ++begun; inBatch = true; }
+    Q_INVOKABLE void endBatch() { ++ended; inBatch = false; }
+    void setValueForSignalAt(const QString &name, double value, double tSec) override
+    {
+        QVERIFY(inBatch);
+        RecordingWidget::setValueForSignalAt(name, value, tSec);
+    }
+
+    int begun = 0;
+    int ended = 0;
+    bool inBatch = false;
+};
+
+} // namespace
+
+class tst_SignalRouter : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void mappedValueReachesGaugeAndDisplay();
+    void boundNameIsCutAtTheFirstColon_data();
+    void boundNameIsCutAtTheFirstColon();
+    void eachWidgetGetsAValueOnceWithItsTime();
+    void unboundAndNestedWidgetsReceiveNothing();
+    void indexFollowsTheScene();
+    void frameIsDeliveredInOneBatchPerWidget();
+    void withoutCatalogueValuesStayRaw();
+    void statesReachOnlyTheirGroup();
+    void errorsAndMessagesReachEveryConsoleOfTheirKind();
+    void widgetQueries();
+
+private:
+    template<typename W>
+    W *add(W *widget, const QStringList &signalNames = {});
+    std::unique_ptr<SignalDefinitions> loadDefinitions(const QByteArray &text);
+
+    QTemporaryDir m_dir;
+    std::unique_ptr<SignalDefinitions> m_defs;
+    std::unique_ptr<QGraphicsScene> m_scene;
+    std::unique_ptr<SignalRouter> m_router;
+};
+
+std::unique_ptr<SignalDefinitions> tst_SignalRouter::loadDefinitions(const QByteArray &text)
+{
+    static int counter = 0;
+    const QString path = m_dir.filePath(QStringLiteral("defs%1.def").arg(++counter));
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size())
+        return nullptr;
+    file.close();
+    auto defs = std::make_unique<SignalDefinitions>();
+    return defs->load(path) ? std::move(defs) : nullptr;
+}
+
+template<typename W>
+W *tst_SignalRouter::add(W *widget, const QStringList &signalNames)
+{
+    if (!signalNames.isEmpty())
+        widget->setSignalNames(signalNames);
+    m_scene->addItem(new DashboardItem(widget));
+    return widget;
+}
+
+void tst_SignalRouter::initTestCase()
+{
+    QVERIFY(m_dir.isValid());
+    m_defs = loadDefinitions("DASHBOARD_SIGNAL(RPM, \"Engine speed\", float)\n"
+                             "DASHBOARD_MAPPING(RPM, 10, 0.5)\n"
+                             "DASHBOARD_MAPPING(RPM, 0, 100)\n"
+                             "DASHBOARD_MAPPING(TEMP, -40, 1)\n"
+                             "DASHBOARD_STATE_GROUP(MODE, \"Operating mode\")\n"
+                             "DASHBOARD_STATE(MODE, RUN, \"Running\")\n"
+                             "DASHBOARD_STATE(DOOR, OPEN, \"Open\")\n"
+                             "DASHBOARD_ERROR(E_TEMP, 12, \"Overheat\")\n");
+    QVERIFY(m_defs);
+}
+
+void tst_SignalRouter::init()
+{
+    m_scene = std::make_unique<QGraphicsScene>();
+    m_router = std::make_unique<SignalRouter>(m_scene.get());
+    m_router->setDefinitions(m_defs.get());
+}
+
+void tst_SignalRouter::cleanup()
+{
+    m_router.reset();
+    m_scene.reset();
+    SignalDefinitions::setCurrent(nullptr);
+    QVERIFY(QApplication::topLevelWidgets().isEmpty());
+}
+
+void tst_SignalRouter::mappedValueReachesGaugeAndDisplay()
+{
+    auto *gauge = add(new AnalogGaugeWidget, {QStringLiteral("RPM")});
+    auto *display = add(new DigitalDisplayWidget, {QStringLiteral("RPM")});
+    auto *temperature = add(new DigitalDisplayWidget, {QStringLiteral("TEMP")});
+
+    // The first mapping line wins: 100 * 0.5 + 10.
+    m_router->routeValue(QStringLiteral("RPM"), 100.0, 1.0);
+    QCOMPARE(gauge->value(), 60.0);
+    QCOMPARE(display->valueText(), QStringLiteral("60.0"));
+    QCOMPARE(temperature->valueText(), QStringLiteral("0"));
+
+    m_router->routeValues({{QStringLiteral("RPM"), 20.0}, {QStringLiteral("TEMP"), 65.0}}, 2.0);
+    QCOMPARE(gauge->value(), 20.0);
+    QCOMPARE(display->valueText(), QStringLiteral("20.0"));
+    QCOMPARE(temperature->valueText(), QStringLiteral("25.0"));
+}
+
+void tst_SignalRouter::boundNameIsCutAtTheFirstColon_data()
+{
+    QTest::addColumn<QString>("bound");
+    QTest::addColumn<bool>("receives");
+    QTest::newRow("plain") << "speed" << true;
+    QTest::newRow("name:suffix") << "speed:Motor" << true;
+    QTest::newRow("spaces trimmed") << " speed : Motor" << true;
+    QTest::newRow("two colons") << "speed:a:b" << true;
+    QTest::newRow("suffix only") << "Motor:speed" << false;
+    QTest::newRow("prefix of name") << "spee" << false;
+    QTest::newRow("case differs") << "Speed" << false;
+}
+
+void tst_SignalRouter::boundNameIsCutAtTheFirstColon()
+{
+    QFETCH(QString, bound);
+    QFETCH(bool, receives);
+    auto *widget = add(new RecordingWidget, {bound});
+    m_router->routeValue(QStringLiteral("speed"), 3.0, 0.5);
+    QCOMPARE(widget->deliveries.size(), receives ? 1 : 0);
+}
+
+void tst_SignalRouter::eachWidgetGetsAValueOnceWithItsTime()
+{
+    auto *widget = add(new RecordingWidget, {QStringLiteral("A:x"), QStringLiteral("A:y"), QStringLiteral("B")});
+    m_router->routeValue(QStringLiteral("A"), 1.5, 12.25);
+    QCOMPARE(widget->deliveries.size(), 1);
+    QCOMPARE(widget->deliveries.at(0).name, QStringLiteral("A"));
+    QCOMPARE(widget->deliveries.at(0).value, 1.5);
+    QCOMPARE(widget->deliveries.at(0).tSec, 12.25);
+
+    widget->deliveries.clear();
+    m_router->routeValues({{QStringLiteral("A"), 1.0}, {QStringLiteral("B"), 2.0}, {QStringLiteral("C"), 3.0}}, 4.0);
+    QCOMPARE(widget->deliveries.size(), 2);
+    QCOMPARE(widget->deliveries.at(1).name, QStringLiteral("B"));
+    QCOMPARE(widget->deliveries.at(1).tSec, 4.0);
+}
+
+void tst_SignalRouter::unboundAndNestedWidgetsReceiveNothing()
+{
+    auto *unbound = add(new RecordingWidget);
+    auto *other = add(new RecordingWidget, {QStringLiteral("OTHER")});
+    // Only top-level items take part.
+    auto *parentItem = new DashboardItem(new RecordingWidget);
+    m_scene->addItem(parentItem);
+    auto *nested = new RecordingWidget;
+    nested->setSignalNames({QStringLiteral("A")});
+    new DashboardItem(nested, parentItem);
+
+    m_router->routeValue(QStringLiteral("A"), 1.0, 0.0);
+    m_router->routeValues({{QStringLiteral("A"), 2.0}}, 0.0);
+    QVERIFY(unbound->deliveries.isEmpty());
+    QVERIFY(other->deliveries.isEmpty());
+    QVERIFY(nested->deliveries.isEmpty());
+}
+
+void tst_SignalRouter::indexFollowsTheScene()
+{
+    auto *first = add(new RecordingWidget, {QStringLiteral("A")});
+    m_router->routeValue(QStringLiteral("A"), 1.0, 0.0);
+    QCOMPARE(first->deliveries.size(), 1);
+
+    // A new item is found without being told.
+    auto *second = add(new RecordingWidget, {QStringLiteral("A")});
+    m_router->routeValue(QStringLiteral("A"), 2.0, 0.0);
+    QCOMPARE(first->deliveries.size(), 2);
+    QCOMPARE(second->deliveries.size(), 1);
+
+    // A rebinding needs invalidate().
+    first->setSignalNames({QStringLiteral("B")});
+    m_router->invalidate();
+    m_router->routeValue(QStringLiteral("A"), 3.0, 0.0);
+    m_router->routeValue(QStringLiteral("B"), 4.0, 0.0);
+    QCOMPARE(first->deliveries.size(), 3);
+    QCOMPARE(first->deliveries.last().name, QStringLiteral("B"));
+    QCOMPARE(second->deliveries.size(), 2);
+
+    // A deleted item is dropped, even in the same turn.
+    DashboardItem *secondItem = nullptr;
+    for (QGraphicsItem *candidate : m_scene->items()) {
+        auto *dashboardItem = qgraphicsitem_cast<DashboardItem *>(candidate);
+        if (dashboardItem && dashboardItem->dashboardWidget() == second)
+            secondItem = dashboardItem;
+    }
+    QVERIFY(secondItem);
+    delete secondItem;
+    m_router->routeValue(QStringLiteral("A"), 5.0, 0.0);
+    QCOMPARE(m_router->widgetsForSignal(QStringLiteral("A")).size(), 0);
+    QCOMPARE(m_router->widgetsForSignal(QStringLiteral("B")), QList<DashboardWidget *>{first});
+}
+
+void tst_SignalRouter::frameIsDeliveredInOneBatchPerWidget()
+{
+    auto *batching = add(new BatchingWidget, {QStringLiteral("A"), QStringLiteral("B")});
+    auto *idle = add(new BatchingWidget, {QStringLiteral("Z")});
+    m_router->routeValues({{QStringLiteral("A"), 1.0}, {QStringLiteral("B"), 2.0}, {QStringLiteral("C"), 3.0}}, 1.0);
+    QCOMPARE(batching->deliveries.size(), 2);
+    QCOMPARE(batching->begun, 1);
+    QCOMPARE(batching->ended, 1);
+    QCOMPARE(idle->begun, 0);
+    QCOMPARE(idle->ended, 0);
+}
+
+void tst_SignalRouter::withoutCatalogueValuesStayRaw()
+{
+    auto *widget = add(new RecordingWidget, {QStringLiteral("RPM")});
+    m_router->setDefinitions(nullptr);
+    m_router->routeValue(QStringLiteral("RPM"), 100.0, 0.0);
+    QCOMPARE(widget->deliveries.last().value, 100.0);
+    QCOMPARE(m_router->errorText(QStringLiteral("E_TEMP")), QStringLiteral("E_TEMP"));
+
+    // A catalogue loaded later, or reloaded in place, is read afresh.
+    auto defs = loadDefinitions("DASHBOARD_MAPPING(RPM, 1, 2)\n");
+    QVERIFY(defs);
+    m_router->setDefinitions(defs.get());
+    m_router->routeValue(QStringLiteral("RPM"), 100.0, 0.0);
+    QCOMPARE(widget->deliveries.last().value, 201.0);
+    const QString path = m_dir.filePath(QStringLiteral("reloaded.def"));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("DASHBOARD_MAPPING(RPM, 0, 3)\nDASHBOARD_MAPPING(X, 0, 3)\n");
+    file.close();
+    QVERIFY(defs->load(path));
+    m_router->setDefinitions(defs.get());
+    m_router->routeValue(QStringLiteral("RPM"), 100.0, 0.0);
+    QCOMPARE(widget->deliveries.last().value, 300.0);
+}
+
+void tst_SignalRouter::statesReachOnlyTheirGroup()
+{
+    SignalDefinitions::setCurrent(m_defs.get());
+    auto *mode1 = add(new StateIndicatorWidget);
+    auto *mode2 = add(new StateIndicatorWidget);
+    auto *door = add(new StateIndicatorWidget);
+    mode1->setGroupId(QStringLiteral("MODE"));
+    mode2->setGroupId(QStringLiteral("MODE"));
+    door->setGroupId(QStringLiteral("DOOR"));
+
+    m_router->routeState(QStringLiteral("MODE"), QStringLiteral("RUN"));
+    QCOMPARE(mode1->pillText(), QStringLiteral("Running"));
+    QCOMPARE(mode2->stateId(), QStringLiteral("RUN"));
+    QCOMPARE(door->pillText(), QStringLiteral("\u2014"));
+
+    // A label given by the caller wins; an undeclared state shows its id.
+    m_router->routeState(QStringLiteral("DOOR"), QStringLiteral("OPEN"), QStringLiteral("Wide open"));
+    QCOMPARE(door->pillText(), QStringLiteral("Wide open"));
+    m_router->routeState(QStringLiteral("MODE"), QStringLiteral("HALT"));
+    QCOMPARE(mode1->pillText(), QStringLiteral("HALT"));
+
+    // The group is read at delivery time: regrouping needs no invalidate().
+    door->setGroupId(QStringLiteral("MODE"));
+    m_router->routeState(QStringLiteral("MODE"), QStringLiteral("RUN"));
+    QCOMPARE(door->pillText(), QStringLiteral("Running"));
+}
+
+void tst_SignalRouter::errorsAndMessagesReachEveryConsoleOfTheirKind()
+{
+    auto *errors1 = add(new ErrorConsoleWidget);
+    auto *errors2 = add(new ErrorConsoleWidget);
+    auto *messages = add(new MessagesConsoleWidget);
+
+    m_router->routeError(1.5, QStringLiteral("E_TEMP"));
+    m_router->routeError(2.0, QStringLiteral("E_UNKNOWN"));
+    m_router->routeMessage(2.5, QStringLiteral("boot ok"));
+    const QStringList expectedErrors{QStringLiteral("[1.500] E_TEMP : Overheat"),
+                                     QStringLiteral("[2.000] E_UNKNOWN : E_UNKNOWN")};
+    QCOMPARE(errors1->lines(), expectedErrors);
+    QCOMPARE(errors2->lines(), expectedErrors);
+    QCOMPARE(messages->lines(), QStringList{QStringLiteral("[2.500] boot ok")});
+
+    m_router->clearErrors();
+    QCOMPARE(errors1->lineCount(), 0);
+    QCOMPARE(errors2->lineCount(), 0);
+    QCOMPARE(messages->lineCount(), 1);
+    m_router->clearMessages();
+    QCOMPARE(messages->lineCount(), 0);
+}
+
+void tst_SignalRouter::widgetQueries()
+{
+    auto *gauge = add(new AnalogGaugeWidget, {QStringLiteral("RPM")});
+    auto *errors = add(new ErrorConsoleWidget);
+    QCOMPARE(m_router->dashboardWidgets().size(), 2);
+    QCOMPARE(m_router->widgetsOfType(QStringLiteral("AnalogGauge")), QList<DashboardWidget *>{gauge});
+    QCOMPARE(m_router->errorConsoles(), QList<ErrorConsoleWidget *>{errors});
+    QVERIFY(m_router->messagesConsoles().isEmpty());
+    QVERIFY(m_router->stateIndicators().isEmpty());
+    QCOMPARE(SignalRouter::routingName(QStringLiteral("  rpm : a : b")), QStringLiteral("rpm"));
+}
+
+QTEST_MAIN(tst_SignalRouter)
+#include "tst_signalrouter.moc"
