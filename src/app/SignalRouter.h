@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QHash>
 #include <QList>
 #include <QMap>
@@ -26,11 +27,12 @@ class StateIndicatorWidget;
  * equals the signal name; the first such entry wins, so a widget gets each
  * value once, through setValueForSignalAt(name, value, tSec).
  *
- * The name -> widgets index is cached. It is rebuilt when invalidate() was
- * called, when the scene's item count changed, or when an indexed widget was
- * destroyed. Call invalidate() after changing an item's bindings or
- * configuration (a state indicator's group is read at delivery time and
- * needs no invalidation).
+ * The name -> widgets index is cached. It is rebuilt at once after
+ * invalidate() or when an indexed widget was destroyed, and within
+ * SceneCheckIntervalMs when the scene's item count changed (counting the
+ * items on every line would cost more than the routing itself). Call
+ * invalidate() after adding, removing or configuring items (a state
+ * indicator's group is read at delivery time and needs no invalidation).
  *
  * Widgets that want a frame delivered with one repaint may expose invokable
  * beginBatch()/endBatch() methods (slots or Q_INVOKABLE); routeValues()
@@ -92,6 +94,8 @@ public:
     /// The bound name as routing compares it: cut at the first ':' and trimmed.
     static QString routingName(const QString &boundName);
 
+    static constexpr int SceneCheckIntervalMs = 100;
+
 private:
     struct Target
     {
@@ -108,6 +112,7 @@ private:
     const SignalDefinitions *m_defs = nullptr;
     bool m_dirty = true;
     qsizetype m_itemCount = -1;
+    QElapsedTimer m_sinceSceneCheck;
     QHash<QString, QList<Target>> m_bySignal;
     QList<QPointer<StateIndicatorWidget>> m_stateIndicators;
     QList<QPointer<ErrorConsoleWidget>> m_errorConsoles;
