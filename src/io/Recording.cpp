@@ -61,6 +61,14 @@ bool isStateKey(QStringView s)
     return s.size() >= 3 && s[0] == u'S' && s[1] == u'T' && s[2] == u'_';
 }
 
+// Tokens hold no ASCII white space, so only a non-ASCII end can need trimming.
+QStringView trimmedToken(QStringView s)
+{
+    if (s.isEmpty() || (s.front().unicode() < 0x80 && s.back().unicode() < 0x80))
+        return s;
+    return s.trimmed();
+}
+
 qsizetype indexOfEquals(QStringView s)
 {
     const QChar *data = s.data();
@@ -178,8 +186,8 @@ void RecordingLoader::addToken(QStringView token)
     ++m_tokenOrdinal;
     if (equals <= 0)
         return;
-    const QStringView key = token.first(equals).trimmed();
-    const QStringView value = token.sliced(equals + 1).trimmed();
+    const QStringView key = trimmedToken(token.first(equals));
+    const QStringView value = trimmedToken(token.sliced(equals + 1));
     if (isStateKey(key)) {
         const QStringView group = key.sliced(3);
         if (!group.isEmpty() && !value.isEmpty())
