@@ -118,6 +118,8 @@ void MainToolBars::buildExport(QMainWindow *window)
 
 void MainToolBars::buildIo(QMainWindow *window)
 {
+    // Its own row, so the slider keeps its width next to the other bars.
+    window->addToolBarBreak();
     ioBar = addBar(window, tr("I/O"), QStringLiteral("tb_io"));
     useRecordingDefinitionsBox = new QCheckBox(tr("Use recording’s definitions"), ioBar);
     useRecordingDefinitionsBox->setToolTip(

@@ -87,6 +87,7 @@ Ombrix::Ombrix(QWidget *parent)
 
     m_serial->refreshPorts();
     refreshModeDisplay();
+    resize(1280, 800);
 }
 
 void Ombrix::buildCentralArea()

@@ -11,6 +11,7 @@
 #include "MessagesConsoleWidget.h"
 #include "PtyPair.h"
 #include "SerialManager.h"
+#include "SignalDefinitions.h"
 #include "StateIndicatorWidget.h"
 #include "WidgetPalette.h"
 
@@ -49,6 +50,7 @@ private Q_SLOTS:
     void unopenablePortLeavesWindowUsable();
     void lostPortReturnsButtonToConnect();
     void typedPortPathSurvivesPortRefresh();
+    void demoLayoutFitsDemoProject();
 };
 
 void tst_MainWindow::cleanup()
@@ -392,6 +394,46 @@ void tst_MainWindow::typedPortPathSurvivesPortRefresh()
     Q_EMIT f.window->serialManager()->portsChanged({QStringLiteral("ttyS0"), QStringLiteral("ttyUSB0")});
     QCOMPARE(box->count(), 2);
     QCOMPARE(box->currentText(), QStringLiteral("/dev/my-bench-link"));
+}
+
+void tst_MainWindow::demoLayoutFitsDemoProject()
+{
+    const QString demo = QStringLiteral(OMBRIX_SOURCE_DIR "/examples/demo");
+    auto prompts = std::make_unique<ScriptedPrompts>();
+    ScriptedPrompts *shown = prompts.get();
+    Ombrix window;
+    window.setPrompts(std::move(prompts));
+    QVERIFY(window.loadDefinitions(demo + QStringLiteral("/dashboard_signals.def")));
+    QVERIFY(window.loadLayoutFrom(demo + QStringLiteral("/layouts/demo.json")));
+    QVERIFY(shown->warnings.isEmpty());
+
+    const SignalDefinitions *defs = window.definitions();
+    QStringList groups;
+    QStringList types;
+    const QList<DashboardItem *> items = window.dashboard()->items();
+    QVERIFY(items.size() >= 10);
+    for (DashboardItem *item : items) {
+        DashboardWidget *widget = item->dashboardWidget();
+        types.append(widget->typeName());
+        for (const QString &name : widget->signalNames())
+            QVERIFY2(defs->signalFor(SignalRouter::routingName(name)), qPrintable(name));
+        if (auto *indicator = qobject_cast<StateIndicatorWidget *>(widget))
+            groups.append(indicator->groupId());
+        // Everything sits on a 1280x800 window's surface without overlapping.
+        QVERIFY(QRectF(0, 0, 1120, 650).contains(item->sceneBoundingRect()));
+        for (DashboardItem *other : items) {
+            if (other != item)
+                QVERIFY(!item->sceneBoundingRect().intersects(other->sceneBoundingRect()));
+        }
+    }
+    groups.sort();
+    QStringList declared = defs->stateGroupIds();
+    declared.sort();
+    QCOMPARE(groups, declared);
+    QVERIFY(types.contains(QStringLiteral("ErrorConsole")));
+    QVERIFY(types.contains(QStringLiteral("MessagesConsole")));
+    QVERIFY(types.contains(QStringLiteral("AnalogGauge")));
+    QVERIFY(types.contains(QStringLiteral("DigitalDisplay")));
 }
 
 QTEST_MAIN(tst_MainWindow)
