@@ -133,6 +133,7 @@ void TestRecordingReader::tokenRulesMatchTheDeviceProtocol_data()
     QTest::newRow("values states errors") << QStringLiteral("12.5 RPM=3000 TEMP=71.2 ST_MODE=RUN ERR=E_OVERHEAT hello");
     QTest::newRow("numbers") << QStringLiteral("1 A=+5 B=.5 C=-1e-3 D=1E5 E=0x10 F=1,5 G=inf H=1. I=--1");
     QTest::newRow("malformed") << QStringLiteral("2 =5 A=abc ST_=X ST_A= ERR= X==1 ST_G==S");
+    QTest::newRow("non-ASCII space inside a token") << QStringLiteral("4 A\u00A0=5 \u00A0B=6 ST_\u2003G=S\u00A0");
     QTest::newRow("tabs and runs of space") << QStringLiteral("3\tA=1  \t B=2\x0B" "C=3");
 }
 
