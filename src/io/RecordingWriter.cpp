@@ -56,6 +56,7 @@ bool RecordingWriter::start(const QString &projectDir, const QString &definition
     m_buffer.clear();
     m_buffer.reserve(WriteChunkBytes + 4096);
     m_originSet = false;
+    m_failureReported = false;
     m_origin = 0.0;
     m_linesWritten = 0;
     copyDefinitions(definitionsPath);
@@ -103,8 +104,11 @@ void RecordingWriter::flush()
     if (!m_file)
         return;
     if (!m_buffer.isEmpty()) {
-        if (m_file->write(m_buffer) != m_buffer.size())
+        if (m_file->write(m_buffer) != m_buffer.size() && !m_failureReported) {
+            m_failureReported = true;
             m_errorString = m_file->errorString();
+            Q_EMIT writeFailed(m_errorString);
+        }
         m_buffer.clear();
     }
     m_file->flush();

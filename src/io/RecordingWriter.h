@@ -67,6 +67,11 @@ public:
     /// "log_yyyyMMdd_HHmmss.rec" for a local start time.
     static QString fileNameFor(const QDateTime &localStart);
 
+Q_SIGNALS:
+    /// Writing to the file failed (disk full, medium removed); emitted once
+    /// per recording, with the system's message. Recording goes on trying.
+    void writeFailed(const QString &message);
+
 private:
     QString uniquePathIn(const QString &dir) const;
     void copyDefinitions(const QString &definitionsPath);
@@ -81,5 +86,6 @@ private:
     QString m_errorString;
     double m_origin = 0.0;
     bool m_originSet = false;
+    bool m_failureReported = false;
     qint64 m_linesWritten = 0;
 };
