@@ -184,7 +184,8 @@ void AnalogGaugeWidget::drawTicks(QPainter &painter) const
         const double radians = qDegreesToRadians(angle - 90.0);
         const int x = -15 + int(70 * std::cos(radians));
         const int y = -10 + int(70 * std::sin(radians));
-        painter.drawText(QRect(x, y, 30, 20), Qt::AlignCenter, labels.at(i));
+        // Wide labels (four digits and more) spill over the box instead of being cut.
+        painter.drawText(QRect(x, y, 30, 20), Qt::AlignCenter | Qt::TextDontClip, labels.at(i));
     }
 }
 
