@@ -23,7 +23,10 @@ bool SerialManager::open(const SerialSettings &settings)
     m_buffer.clear();
     m_elapsedRunning = false;
     ++m_generation;
-    if (!m_port->open(QIODevice::ReadOnly)) {
+    m_opening = true;
+    const bool opened = m_port->open(QIODevice::ReadOnly);
+    m_opening = false;
+    if (!opened) {
         Q_EMIT errorOccurred(m_port->errorString());
         return false;
     }
@@ -70,11 +73,12 @@ void SerialManager::onReadyRead()
 
 void SerialManager::onError(QSerialPort::SerialPortError error)
 {
-    if (error == QSerialPort::NoError)
-        return;
+    if (error == QSerialPort::NoError || m_opening)
+        return; // open() reports its own failure
     Q_EMIT errorOccurred(m_port->errorString());
-    // A vanished device keeps failing; close so the owner can offer to reconnect.
-    if (error == QSerialPort::ResourceError && m_port->isOpen()) {
+    // A vanished device fails on every read; close so the owner can offer to reconnect.
+    const bool lost = error == QSerialPort::ResourceError || error == QSerialPort::ReadError;
+    if (lost && m_port->isOpen()) {
         const QString name = m_port->portName();
         close();
         Q_EMIT portLost(name);

@@ -66,6 +66,7 @@ private:
     LineFramer m_buffer;
     QElapsedTimer m_elapsed;
     bool m_elapsedRunning = false;
+    bool m_opening = false;
     ParsedLine m_parsed;
     quint64 m_generation = 0; // bumped by open/close so a receiver may close mid-batch
 };
