@@ -5,24 +5,21 @@
 #include "DashboardItem.h"
 #include "DashboardWidgetFactory.h"
 #include "DesignScene.h"
-#include "EventsCsvExporter.h"
-#include "LayoutFile.h"
+#include "FileActions.h"
+#include "LiveInput.h"
 #include "MainToolBars.h"
 #include "PlaybackScrubber.h"
 #include "PlaybackSession.h"
-#include "ProgressRunner.h"
 #include "RecordingWriter.h"
 #include "SerialManager.h"
 #include "SignalDefinitions.h"
 #include "SignalPlaybackEngine.h"
 #include "SignalRouter.h"
-#include "SignalsCsvExporter.h"
 #include "UserPrompts.h"
 #include "WidgetPalette.h"
 
 #include <QAction>
 #include <QCheckBox>
-#include <QDateTime>
 #include <QDebug>
 #include <QDir>
 #include <QDoubleSpinBox>
@@ -69,8 +66,12 @@ Ombrix::Ombrix(QWidget *parent)
     statusBar()->addPermanentWidget(m_modeLabel);
 
     m_router = new SignalRouter(m_dashboard->scene(), this);
-    m_serial = new SerialManager(this);
-    m_recorder = new RecordingWriter(this);
+    m_live = new LiveInput(m_router, this);
+    m_serial = m_live->serial();
+    m_recorder = m_live->recorder();
+    m_live->setValuesMuted([this] { return m_muteLiveInputDuringPlayback && playbackOwnsWidgets(); });
+    m_live->setRoutingSuspended([this] { return playbackOwnsWidgets(); });
+    m_files = new FileActions(this);
     m_playback = new PlaybackSession(m_toolBars->positionSlider, this);
 
     connectSerial();
@@ -111,10 +112,6 @@ void Ombrix::connectSerial()
     connect(m_serial, &SerialManager::portsChanged, this, &Ombrix::onPortsChanged);
     connect(m_serial, &SerialManager::errorOccurred, this, &Ombrix::onSerialError);
     connect(m_serial, &SerialManager::portLost, this, &Ombrix::onPortLost);
-    connect(m_serial, &SerialManager::lineParsed, this, &Ombrix::onLineParsed);
-    connect(m_serial, &SerialManager::errorParsed, this, &Ombrix::onErrorParsed);
-    connect(m_serial, &SerialManager::stateParsed, this, &Ombrix::onStateParsed);
-    connect(m_serial, &SerialManager::unrecognizedParsed, this, &Ombrix::onUnrecognizedParsed);
 }
 
 void Ombrix::connectPlayback()
@@ -285,13 +282,6 @@ void Ombrix::updateRouterDefinitions()
     m_playback->engine()->setKnownGroups(defs ? defs->stateGroupIds() : QStringList());
 }
 
-QString Ombrix::projectSubfolder(const QString &name) const
-{
-    const QString folder = m_projectDir + QLatin1Char('/') + name;
-    QDir(folder).mkpath(QStringLiteral("."));
-    return folder;
-}
-
 void Ombrix::showTransientMessage(const QString &text, int timeoutMs)
 {
     statusBar()->showMessage(text, timeoutMs);
@@ -375,44 +365,14 @@ void Ombrix::onPortLost(const QString &portName)
     showTransientMessage(tr("Port %1 lost.").arg(portName), 0);
 }
 
-// --- live data ---------------------------------------------------------------
-
-bool Ombrix::liveInputMuted() const
+bool Ombrix::playbackOwnsWidgets() const
 {
-    return m_muteLiveInputDuringPlayback && (m_mode == Play || m_mode == Pause);
+    return m_mode == Play || m_mode == Pause;
 }
 
-void Ombrix::onLineParsed(double timestamp, const QMap<QString, double> &values)
+const QMap<QString, double> &Ombrix::latestValues() const
 {
-    if (liveInputMuted())
-        return;
-    for (auto it = values.cbegin(); it != values.cend(); ++it)
-        m_latestValues.insert(it.key(), it.value());
-    if (m_mode != Play && m_mode != Pause)
-        m_router->routeValues(values, QDateTime::currentMSecsSinceEpoch() / 1000.0);
-    if (m_recorder->isRecording())
-        m_recorder->appendValues(timestamp, values);
-}
-
-void Ombrix::onErrorParsed(double timestamp, const QString &errorId)
-{
-    if (m_recorder->isRecording())
-        m_recorder->appendError(timestamp, errorId);
-    m_router->routeError(timestamp, errorId);
-}
-
-void Ombrix::onStateParsed(double timestamp, const QString &group, const QString &state)
-{
-    if (m_recorder->isRecording())
-        m_recorder->appendState(timestamp, group, state);
-    m_router->routeState(group, state);
-}
-
-void Ombrix::onUnrecognizedParsed(double timestamp, const QString &text)
-{
-    m_router->routeMessage(timestamp, text);
-    if (m_recorder->isRecording())
-        m_recorder->appendMessage(timestamp, text);
+    return m_live->latestValues();
 }
 
 // --- played-back data ------------------------------------------------------
@@ -618,7 +578,7 @@ void Ombrix::applyRecordingDefinitions()
 
 void Ombrix::selectPlaybackFile()
 {
-    const QString path = m_prompts->openFileName(this, tr("Select Playback File"), projectSubfolder(QStringLiteral("recordings")),
+    const QString path = m_prompts->openFileName(this, tr("Select Playback File"), FileActions::ensureSubfolder(m_projectDir, QStringLiteral("recordings")),
                                                  tr("Recordings (*.rec);;All files (*)"));
     if (!path.isEmpty())
         setPlaybackFile(path);
@@ -645,7 +605,7 @@ void Ombrix::updatePlaybackFileDisplay()
     m_toolBars->playbackFileLabel->setToolTip(path);
 }
 
-// --- widgets and layouts ---------------------------------------------------
+// --- widgets, layouts and exports ------------------------------------------
 
 void Ombrix::onWidgetRequested(const QString &typeName)
 {
@@ -667,105 +627,40 @@ void Ombrix::loadButton()
 
 void Ombrix::saveLayout()
 {
-    const QString folder = projectSubfolder(QStringLiteral("layouts"));
-    const QString path = m_prompts->saveFileName(this, tr("Save Layout"), folder + QStringLiteral("/layout.json"),
-                                                 tr("Layouts (*.json)"));
-    if (!path.isEmpty())
-        saveLayoutTo(path);
-}
-
-bool Ombrix::saveLayoutTo(const QString &path)
-{
-    if (LayoutFile::save(path, m_dashboard->scene(), this) == LayoutFile::Result::Ok)
-        return true;
-    m_prompts->warning(this, tr("Error"), tr("Could not save layout."));
-    return false;
+    m_files->saveLayout();
 }
 
 void Ombrix::loadLayout()
 {
-    const QString path = m_prompts->openFileName(this, tr("Load Layout"), m_projectDir + QStringLiteral("/layouts"),
-                                                 tr("Layouts (*.json)"));
-    if (!path.isEmpty())
-        loadLayoutFrom(path);
+    m_files->loadLayout();
+}
+
+bool Ombrix::saveLayoutTo(const QString &path)
+{
+    return m_files->saveLayoutTo(path);
 }
 
 bool Ombrix::loadLayoutFrom(const QString &path)
 {
-    LayoutFile::ItemList removed;
-    const LayoutFile::Result result = LayoutFile::load(path, m_dashboard->scene(), this, m_mode == Design, removed);
-    m_router->invalidate();
-    switch (result) {
-    case LayoutFile::Result::Ok:
-        return true;
-    case LayoutFile::Result::OpenFailed:
-        m_prompts->warning(this, tr("Error"), tr("Could not load layout."));
-        return false;
-    case LayoutFile::Result::InvalidFormat:
-        m_prompts->warning(this, tr("Error"), tr("Invalid layout format."));
-        return false;
-    }
-    return false;
+    return m_files->loadLayoutFrom(path);
 }
-
-// --- exports ---------------------------------------------------------------
 
 void Ombrix::exportButton()
 {
-    const Recording &recording = m_playback->engine()->frames();
-    if (recording.isEmpty()) {
-        m_prompts->information(this, tr("Export Signals CSV"), tr("No playback data loaded."));
-        return;
-    }
-    SignalsExportOptions options;
-    if (!m_prompts->chooseSignalsExport(this, recording.signalNames(), definitionsInForce(), &options))
-        return;
-    const QString folder = projectSubfolder(QStringLiteral("exports"));
-    const QString path = m_prompts->saveFileName(this, tr("Export CSV"), folder + QStringLiteral("/signals.csv"),
-                                                 tr("CSV (*.csv)"));
-    if (!path.isEmpty())
-        exportSignalsTo(path, options);
-}
-
-bool Ombrix::exportSignalsTo(const QString &path, const SignalsExportOptions &options)
-{
-    ProgressRunner progress(tr("Exporting signals…"), this);
-    QString error;
-    if (!SignalsCsvExporter::exportTo(path, m_playback->engine()->frames(), definitionsInForce(), options,
-                                      progress.callback(), &error)) {
-        if (!progress.wasCancelled())
-            m_prompts->warning(this, tr("Export Signals CSV"), error);
-        return false;
-    }
-    showTransientMessage(tr("Signals CSV exported → %1").arg(QFileInfo(path).fileName()), 4000);
-    return true;
+    m_files->exportSignals();
 }
 
 void Ombrix::exportEventsButton()
 {
-    if (m_playback->engine()->frames().isEmpty()) {
-        m_prompts->information(this, tr("Export Events CSV"), tr("No playback data loaded."));
-        return;
-    }
-    const QString folder = projectSubfolder(QStringLiteral("exports"));
-    const QString path = m_prompts->saveFileName(this, tr("Export CSV"), folder + QStringLiteral("/events.csv"),
-                                                 tr("CSV (*.csv)"));
-    if (!path.isEmpty())
-        exportEventsTo(path);
+    m_files->exportEvents();
+}
+
+bool Ombrix::exportSignalsTo(const QString &path, const SignalsExportOptions &options)
+{
+    return m_files->exportSignalsTo(path, options);
 }
 
 bool Ombrix::exportEventsTo(const QString &path)
 {
-    ProgressRunner progress(tr("Exporting events…"), this);
-    QString error;
-    if (!EventsCsvExporter::exportTo(path, m_playback->engine()->frames(), definitionsInForce(),
-                                     progress.callback(), &error)) {
-        if (!progress.wasCancelled()) {
-            qDebug().noquote() << "Events export failed:" << error;
-            m_prompts->warning(this, tr("Export Events CSV"), tr("Could not open file for writing."));
-        }
-        return false;
-    }
-    showTransientMessage(tr("Events CSV exported → %1").arg(QFileInfo(path).fileName()), 4000);
-    return true;
+    return m_files->exportEventsTo(path);
 }

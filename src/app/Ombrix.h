@@ -7,6 +7,8 @@
 #include <memory>
 
 class Dashboard;
+class FileActions;
+class LiveInput;
 class MainToolBars;
 class PlaybackSession;
 class RecordingWriter;
@@ -83,7 +85,8 @@ public:
     RecordingWriter *recordingWriter() const { return m_recorder; }
     SignalRouter *router() const { return m_router; }
     QLabel *modeLabel() const { return m_modeLabel; }
-    const QMap<QString, double> &latestValues() const { return m_latestValues; }
+    // The latest raw live value of every signal seen.
+    const QMap<QString, double> &latestValues() const;
 
 public Q_SLOTS:
     void saveLayout();
@@ -120,11 +123,8 @@ private:
     void onPortLost(const QString &portName);
     void onWidgetRequested(const QString &typeName);
 
-    void onLineParsed(double timestamp, const QMap<QString, double> &values);
-    void onErrorParsed(double timestamp, const QString &errorId);
-    void onStateParsed(double timestamp, const QString &group, const QString &state);
-    void onUnrecognizedParsed(double timestamp, const QString &text);
-    bool liveInputMuted() const;
+    // Play and Pause show the recording; live values stay off the widgets.
+    bool playbackOwnsWidgets() const;
 
     void leaveMode(OperatingMode mode);
     bool enterMode(OperatingMode mode);
@@ -140,7 +140,6 @@ private:
     // Redraws names and units on the dashboard from the new catalogue.
     void onDefinitionsReplaced();
     void updateRouterDefinitions();
-    QString projectSubfolder(const QString &name) const;
 
     std::unique_ptr<UserPrompts> m_prompts;
     std::unique_ptr<SignalDefinitions> m_definitions;
@@ -148,13 +147,14 @@ private:
     OperatingMode m_mode = Idle;
     // Live lines are ignored during Play and Pause while this is set.
     bool m_muteLiveInputDuringPlayback = true;
-    QMap<QString, double> m_latestValues;
     double m_playbackEventTime = 0.0;
 
     MainToolBars *m_toolBars = nullptr;
     WidgetPalette *m_palette = nullptr;
     Dashboard *m_dashboard = nullptr;
     SignalRouter *m_router = nullptr;
+    LiveInput *m_live = nullptr;
+    FileActions *m_files = nullptr;
     SerialManager *m_serial = nullptr;
     RecordingWriter *m_recorder = nullptr;
     PlaybackSession *m_playback = nullptr;

@@ -1,0 +1,139 @@
+#include "FileActions.h"
+
+#include "Dashboard.h"
+#include "DashboardItem.h"
+#include "DesignScene.h"
+#include "EventsCsvExporter.h"
+#include "LayoutFile.h"
+#include "Ombrix.h"
+#include "ProgressRunner.h"
+#include "SignalPlaybackEngine.h"
+#include "SignalRouter.h"
+#include "SignalsCsvExporter.h"
+#include "UserPrompts.h"
+
+#include <QDebug>
+#include <QDir>
+#include <QFileInfo>
+#include <QStatusBar>
+
+FileActions::FileActions(Ombrix *window)
+    : QObject(window)
+    , m_window(window)
+{
+}
+
+QString FileActions::ensureSubfolder(const QString &projectDir, const QString &name)
+{
+    const QString folder = projectDir + QLatin1Char('/') + name;
+    QDir(folder).mkpath(QStringLiteral("."));
+    return folder;
+}
+
+void FileActions::saveLayout()
+{
+    const QString folder = ensureSubfolder(m_window->projectDir(), QStringLiteral("layouts"));
+    const QString path = m_window->prompts().saveFileName(m_window, tr("Save Layout"), folder + QStringLiteral("/layout.json"),
+                                                          tr("Layouts (*.json)"));
+    if (!path.isEmpty())
+        saveLayoutTo(path);
+}
+
+bool FileActions::saveLayoutTo(const QString &path)
+{
+    if (LayoutFile::save(path, m_window->dashboard()->scene(), m_window) == LayoutFile::Result::Ok)
+        return true;
+    m_window->prompts().warning(m_window, tr("Error"), tr("Could not save layout."));
+    return false;
+}
+
+void FileActions::loadLayout()
+{
+    const QString path = m_window->prompts().openFileName(
+        m_window, tr("Load Layout"), m_window->projectDir() + QStringLiteral("/layouts"), tr("Layouts (*.json)"));
+    if (!path.isEmpty())
+        loadLayoutFrom(path);
+}
+
+bool FileActions::loadLayoutFrom(const QString &path)
+{
+    LayoutFile::ItemList removed;
+    const LayoutFile::Result result = LayoutFile::load(path, m_window->dashboard()->scene(), m_window,
+                                                       m_window->mode() == Ombrix::Design, removed);
+    m_window->router()->invalidate();
+    switch (result) {
+    case LayoutFile::Result::Ok:
+        return true;
+    case LayoutFile::Result::OpenFailed:
+        m_window->prompts().warning(m_window, tr("Error"), tr("Could not load layout."));
+        return false;
+    case LayoutFile::Result::InvalidFormat:
+        m_window->prompts().warning(m_window, tr("Error"), tr("Invalid layout format."));
+        return false;
+    }
+    return false;
+}
+
+bool FileActions::hasPlaybackData(const QString &title) const
+{
+    if (!m_window->engine()->frames().isEmpty())
+        return true;
+    m_window->prompts().information(m_window, title, tr("No playback data loaded."));
+    return false;
+}
+
+void FileActions::exportSignals()
+{
+    if (!hasPlaybackData(tr("Export Signals CSV")))
+        return;
+    SignalsExportOptions options;
+    if (!m_window->prompts().chooseSignalsExport(m_window, m_window->engine()->frames().signalNames(),
+                                                 m_window->definitionsInForce(), &options))
+        return;
+    const QString folder = ensureSubfolder(m_window->projectDir(), QStringLiteral("exports"));
+    const QString path = m_window->prompts().saveFileName(m_window, tr("Export CSV"), folder + QStringLiteral("/signals.csv"),
+                                                          tr("CSV (*.csv)"));
+    if (!path.isEmpty())
+        exportSignalsTo(path, options);
+}
+
+bool FileActions::exportSignalsTo(const QString &path, const SignalsExportOptions &options)
+{
+    ProgressRunner progress(tr("Exporting signals…"), m_window);
+    QString error;
+    if (!SignalsCsvExporter::exportTo(path, m_window->engine()->frames(), m_window->definitionsInForce(), options,
+                                      progress.callback(), &error)) {
+        if (!progress.wasCancelled())
+            m_window->prompts().warning(m_window, tr("Export Signals CSV"), error);
+        return false;
+    }
+    m_window->statusBar()->showMessage(tr("Signals CSV exported → %1").arg(QFileInfo(path).fileName()), 4000);
+    return true;
+}
+
+void FileActions::exportEvents()
+{
+    if (!hasPlaybackData(tr("Export Events CSV")))
+        return;
+    const QString folder = ensureSubfolder(m_window->projectDir(), QStringLiteral("exports"));
+    const QString path = m_window->prompts().saveFileName(m_window, tr("Export CSV"), folder + QStringLiteral("/events.csv"),
+                                                          tr("CSV (*.csv)"));
+    if (!path.isEmpty())
+        exportEventsTo(path);
+}
+
+bool FileActions::exportEventsTo(const QString &path)
+{
+    ProgressRunner progress(tr("Exporting events…"), m_window);
+    QString error;
+    if (!EventsCsvExporter::exportTo(path, m_window->engine()->frames(), m_window->definitionsInForce(),
+                                     progress.callback(), &error)) {
+        if (!progress.wasCancelled()) {
+            qDebug().noquote() << "Events export failed:" << error;
+            m_window->prompts().warning(m_window, tr("Export Events CSV"), tr("Could not open file for writing."));
+        }
+        return false;
+    }
+    m_window->statusBar()->showMessage(tr("Events CSV exported → %1").arg(QFileInfo(path).fileName()), 4000);
+    return true;
+}
