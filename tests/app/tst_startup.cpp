@@ -1,4 +1,8 @@
+#include "Dashboard.h"
+#include "MainToolBars.h"
 #include "Ombrix.h"
+#include "PtyPair.h"
+#include "SerialManager.h"
 #include "ProjectIntroDialog.h"
 #include "ScriptedPrompts.h"
 #include "SignalDefinitions.h"
@@ -76,6 +80,7 @@ private Q_SLOTS:
     void cancelEndsApplication();
     void introDialogTexts();
     void commandLineOptions();
+    void layoutAndPortAreAppliedAfterProject();
 
 private:
     std::unique_ptr<QTemporaryDir> m_root;
@@ -458,6 +463,33 @@ void tst_Startup::commandLineOptions()
                                            &options, &error));
     QVERIFY(error.contains(QLatin1String("fast")));
     QVERIFY(!StartupOptions::fromArguments({QStringLiteral("ombrix"), QStringLiteral("--bogus")}, &options, &error));
+}
+
+void tst_Startup::layoutAndPortAreAppliedAfterProject()
+{
+    PtyPair pty;
+    QVERIFY(pty.isValid());
+    const QString project = makeProject(*m_root, QStringLiteral("project"));
+    const QString layout = QStringLiteral(OMBRIX_SOURCE_DIR "/examples/demo/layouts/demo.json");
+
+    StartupOptions options;
+    QString error;
+    QVERIFY(StartupOptions::fromArguments({QStringLiteral("ombrix"), QStringLiteral("-p"), project, QStringLiteral("--layout"),
+                                           layout, QStringLiteral("--port"), pty.slavePath(), QStringLiteral("--baud"),
+                                           QStringLiteral("57600")},
+                                          &options, &error));
+    auto prompts = std::make_unique<ScriptedPrompts>();
+    ScriptedPrompts *shown = prompts.get();
+    Ombrix window;
+    window.setPrompts(std::move(prompts));
+    options.applyTo(window);
+
+    QCOMPARE(window.projectDir(), QDir(project).absolutePath());
+    QVERIFY(!window.dashboard()->items().isEmpty());
+    QVERIFY(window.serialManager()->isOpen());
+    QCOMPARE(window.toolBars()->baudRate(), 57600);
+    QCOMPARE(window.toolBars()->portName(), pty.slavePath());
+    QVERIFY(shown->warnings.isEmpty());
 }
 
 QTEST_MAIN(tst_Startup)
