@@ -1,0 +1,229 @@
+#include "DeviceSimulator.h"
+#include "LineParser.h"
+#include "SignalDefinitions.h"
+
+#include <QFile>
+#include <QSet>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <cmath>
+
+class TestDeviceSimulator : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+
+    void linesFollowTheGrammar();
+    void sameSeedSameLines();
+    void statesCycleThroughEveryState();
+    void errorsAndMessagesAreOccasional();
+    void mappedValuesLookPhysical_data();
+    void mappedValuesLookPhysical();
+    void rawCountsAreWholeAdcNumbers();
+    void timestampsFollowTheLineInterval();
+    void sparseDefinitionsStillGiveLines_data();
+    void sparseDefinitionsStillGiveLines();
+
+private:
+    QList<ParsedLine> parsedLines(DeviceSimulator &simulator, int count);
+
+    SignalDefinitions m_demo;
+};
+
+void TestDeviceSimulator::initTestCase()
+{
+    QVERIFY(m_demo.load(QStringLiteral(OMBRIX_SOURCE_DIR "/examples/demo/dashboard_signals.def")));
+    QVERIFY(m_demo.signals().size() >= 8);
+}
+
+QList<ParsedLine> TestDeviceSimulator::parsedLines(DeviceSimulator &simulator, int count)
+{
+    QList<ParsedLine> lines;
+    for (int i = 0; i < count; ++i) {
+        const QByteArray bytes = simulator.nextLine();
+        if (!bytes.endsWith('\n') || bytes.count('\n') != 1)
+            return {};
+        ParsedLine parsed;
+        if (!LineParser::parse(QString::fromUtf8(bytes).trimmed(), 0.0, parsed))
+            return {};
+        lines.append(parsed);
+    }
+    return lines;
+}
+
+// Every token is a declared signal's value, a declared state, a declared
+// error or a word of one of the device's messages.
+void TestDeviceSimulator::linesFollowTheGrammar()
+{
+    DeviceSimulator simulator(m_demo, 5);
+    QSet<QString> messageWords;
+    for (const QByteArray &message : DeviceSimulator::messages()) {
+        for (const QByteArray &word : message.split(' '))
+            messageWords.insert(QString::fromUtf8(word));
+    }
+    const QList<ParsedLine> lines = parsedLines(simulator, 6000);
+    QCOMPARE(lines.size(), 6000);
+    for (const ParsedLine &line : lines) {
+        QVERIFY2(!line.ownTimestamp, qPrintable(line.line));
+        QCOMPARE(line.values.size(), m_demo.signals().size());
+        for (auto it = line.values.cbegin(); it != line.values.cend(); ++it)
+            QVERIFY2(m_demo.signalFor(it.key()) && std::isfinite(it.value()), qPrintable(line.line));
+        for (const LineEvent &event : line.events) {
+            if (event.kind == LineEvent::State)
+                QVERIFY2(m_demo.stateFor(event.groupId, event.id), qPrintable(line.line));
+            else
+                QVERIFY2(m_demo.errorFor(event.id), qPrintable(line.line));
+        }
+        for (const QString &word : line.unrecognized)
+            QVERIFY2(messageWords.contains(word), qPrintable(line.line));
+    }
+}
+
+void TestDeviceSimulator::sameSeedSameLines()
+{
+    DeviceSimulator first(m_demo, 11);
+    DeviceSimulator second(m_demo, 11);
+    DeviceSimulator other(m_demo, 12);
+    QByteArray a;
+    QByteArray b;
+    QByteArray c;
+    first.appendLines(a, 2000);
+    second.appendLines(b, 2000);
+    other.appendLines(c, 2000);
+    QCOMPARE(a, b);
+    QVERIFY(a != c);
+    QCOMPARE(first.lineCount(), 2000);
+}
+
+void TestDeviceSimulator::statesCycleThroughEveryState()
+{
+    DeviceSimulator simulator(m_demo, 3);
+    QMap<QString, QStringList> seen; // group -> states in the order they came
+    for (const ParsedLine &line : parsedLines(simulator, 50 * 180)) {
+        for (const LineEvent &event : line.events) {
+            QStringList &states = seen[event.groupId];
+            if (event.kind == LineEvent::State && (states.isEmpty() || states.last() != event.id))
+                states.append(event.id);
+        }
+    }
+    for (const StateGroupDef &group : m_demo.stateGroups()) {
+        QStringList declared;
+        for (const StateDef &state : m_demo.statesOf(group.id))
+            declared.append(state.stateId);
+        const QStringList &states = seen.value(group.id);
+        QVERIFY2(states.size() > declared.size(), qPrintable(group.id));
+        for (int i = 0; i < states.size(); ++i)
+            QCOMPARE(states.at(i), declared.at(i % declared.size())); // cycling in declared order
+    }
+}
+
+void TestDeviceSimulator::errorsAndMessagesAreOccasional()
+{
+    DeviceSimulator simulator(m_demo, 4);
+    const int count = 50 * 300;
+    int errors = 0;
+    int messages = 0;
+    for (const ParsedLine &line : parsedLines(simulator, count)) {
+        for (const LineEvent &event : line.events)
+            errors += event.kind == LineEvent::Error;
+        messages += !line.unrecognized.isEmpty();
+    }
+    QVERIFY(errors >= 5);
+    QVERIFY(messages >= 5);
+    QVERIFY(errors < count / 50);
+    QVERIFY(messages < count / 50);
+}
+
+void TestDeviceSimulator::mappedValuesLookPhysical_data()
+{
+    QTest::addColumn<QString>("signal");
+    QTest::addColumn<double>("low");
+    QTest::addColumn<double>("high");
+    QTest::addColumn<double>("largestStep"); // between two lines at 50 lines/s
+
+    QTest::newRow("speed") << "SPEED" << 0.0 << 4000.0 << 100.0;
+    QTest::newRow("phase current") << "PHASE_I" << -5.0 << 50.0 << 3.0;
+    QTest::newRow("bus voltage") << "BUS_V" << 280.0 << 380.0 << 3.0;
+    QTest::newRow("winding temperature") << "WINDING_T" << 20.0 << 120.0 << 2.0;
+    QTest::newRow("supply pressure") << "SUPPLY_P" << 2.0 << 8.0 << 0.2;
+    QTest::newRow("coolant flow") << "COOLANT_FLOW" << 5.0 << 30.0 << 1.0;
+}
+
+void TestDeviceSimulator::mappedValuesLookPhysical()
+{
+    QFETCH(QString, signal);
+    QFETCH(double, low);
+    QFETCH(double, high);
+    QFETCH(double, largestStep);
+
+    DeviceSimulator simulator(m_demo, 8);
+    double previous = qQNaN();
+    for (const ParsedLine &line : parsedLines(simulator, 50 * 200)) {
+        QVERIFY(line.values.contains(signal));
+        const double value = m_demo.mapped(signal, line.values.value(signal));
+        QVERIFY2(value >= low && value <= high, qPrintable(QString::number(value)));
+        if (!std::isnan(previous))
+            QVERIFY2(std::fabs(value - previous) <= largestStep, qPrintable(QString::number(value - previous)));
+        previous = value;
+    }
+}
+
+void TestDeviceSimulator::rawCountsAreWholeAdcNumbers()
+{
+    DeviceSimulator simulator(m_demo, 9);
+    for (const ParsedLine &line : parsedLines(simulator, 2000)) {
+        for (const SignalMapping &mapping : m_demo.mappings()) {
+            const double raw = line.values.value(mapping.name);
+            QVERIFY2(raw == std::floor(raw) && raw >= 0 && raw <= 4095, qPrintable(line.line));
+        }
+    }
+}
+
+void TestDeviceSimulator::timestampsFollowTheLineInterval()
+{
+    DeviceSimulator simulator(m_demo, 1);
+    simulator.setTimestamps(true);
+    simulator.setLineInterval(0.25);
+    const QList<ParsedLine> lines = parsedLines(simulator, 40);
+    QCOMPARE(lines.size(), 40);
+    for (int i = 0; i < lines.size(); ++i) {
+        QVERIFY(lines.at(i).ownTimestamp);
+        QCOMPARE(lines.at(i).timestamp, i * 0.25);
+    }
+    QCOMPARE(simulator.deviceTime(), 10.0);
+}
+
+void TestDeviceSimulator::sparseDefinitionsStillGiveLines_data()
+{
+    QTest::addColumn<QByteArray>("definitions");
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("states only") << QByteArray("DASHBOARD_STATE(MODE, RUN, \"Run\")\n");
+    QTest::newRow("errors only") << QByteArray("DASHBOARD_ERROR(E1, 1, \"One\")\n");
+    QTest::newRow("signal with zero scale")
+        << QByteArray("DASHBOARD_SIGNAL(A, \"A\", float)\nDASHBOARD_MAPPING(A, 1, 0)\n");
+}
+
+void TestDeviceSimulator::sparseDefinitionsStillGiveLines()
+{
+    QFETCH(QByteArray, definitions);
+    QTemporaryDir dir;
+    QFile file(dir.filePath(QStringLiteral("dashboard_signals.def")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(definitions);
+    file.close();
+    SignalDefinitions defs;
+    QVERIFY(defs.load(file.fileName()));
+    DeviceSimulator simulator(defs, 2);
+    const QList<ParsedLine> lines = parsedLines(simulator, 500);
+    QCOMPARE(lines.size(), 500);
+    for (const ParsedLine &line : lines) {
+        for (auto it = line.values.cbegin(); it != line.values.cend(); ++it)
+            QVERIFY(std::isfinite(it.value()));
+    }
+}
+
+QTEST_GUILESS_MAIN(TestDeviceSimulator)
+#include "tst_devicesimulator.moc"
