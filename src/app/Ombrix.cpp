@@ -471,7 +471,7 @@ void Ombrix::leaveMode(OperatingMode mode)
     }
 }
 
-bool Ombrix::enterMode(OperatingMode mode)
+void Ombrix::enterMode(OperatingMode mode)
 {
     switch (mode) {
     case Design:
@@ -498,12 +498,12 @@ bool Ombrix::enterMode(OperatingMode mode)
         m_dashboard->setTrendPlotsFrozen(false);
         break;
     }
-    return true;
 }
 
 void Ombrix::refreshModeDisplay()
 {
-    static const char *const texts[] = {"Design Mode", "Recording...", "Playing...", "Pause...", "Idle"};
+    static const char *const texts[] = {QT_TR_NOOP("Design Mode"), QT_TR_NOOP("Recording..."), QT_TR_NOOP("Playing..."),
+                                        QT_TR_NOOP("Pause..."), QT_TR_NOOP("Idle")};
     m_modeLabel->setText(tr(texts[m_mode]));
     m_toolBars->setPlaying(m_mode == Play);
 }

@@ -127,7 +127,7 @@ private:
     bool playbackOwnsWidgets() const;
 
     void leaveMode(OperatingMode mode);
-    bool enterMode(OperatingMode mode);
+    void enterMode(OperatingMode mode);
     bool startRecording();
     void stopRecording();
     void startPlayback();
