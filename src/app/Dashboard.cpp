@@ -117,14 +117,13 @@ QPointF Dashboard::freePosition(const QSizeF &size) const
     }
 }
 
-bool Dashboard::invoke(DashboardWidget *widget, const char *method)
+bool Dashboard::invoke(DashboardWidget *widget, const char *signature, QGenericArgument argument)
 {
-    // Plots are reached by name so that the window needs none of their headers.
     const QMetaObject *meta = widget->metaObject();
-    const int index = meta->indexOfMethod(QMetaObject::normalizedSignature(method).constData());
+    const int index = meta->indexOfMethod(QMetaObject::normalizedSignature(signature).constData());
     if (index < 0)
         return false;
-    return meta->method(index).invoke(widget, Qt::DirectConnection);
+    return meta->method(index).invoke(widget, Qt::DirectConnection, argument);
 }
 
 void Dashboard::clearPlots()
@@ -146,19 +145,17 @@ void Dashboard::clearPlots()
     }
 }
 
-void Dashboard::setTrendPlotsFrozen(bool frozen)
+void Dashboard::setTrendPlotsTimeDriven(bool on)
 {
-    for (DashboardWidget *widget : widgetsOfType(kTrendPlot)) {
-        if (widget->metaObject()->indexOfMethod("setFrozen(bool)") >= 0)
-            QMetaObject::invokeMethod(widget, "setFrozen", Qt::DirectConnection, Q_ARG(bool, frozen));
-    }
+    for (DashboardWidget *widget : widgetsOfType(kTrendPlot))
+        invoke(widget, "setTimeDriven(bool)", Q_ARG(bool, on));
 }
 
 void Dashboard::moveTrendPlotsTo(qint64 ms)
 {
     for (DashboardWidget *widget : widgetsOfType(kTrendPlot)) {
-        if (widget->metaObject()->indexOfMethod("setViewEndMs(qint64)") >= 0)
-            QMetaObject::invokeMethod(widget, "setViewEndMs", Qt::DirectConnection, Q_ARG(qint64, ms));
+        invoke(widget, "setPlaybackTimeMs(qint64)", Q_ARG(qint64, ms));
+        invoke(widget, "seekTo(qint64)", Q_ARG(qint64, ms));
         widget->update();
     }
 }

@@ -43,8 +43,9 @@ public:
 
     // Trend and XY plots drop their data.
     void clearPlots();
-    // Trend plots stop (or resume) following time while the user scrubs.
-    void setTrendPlotsFrozen(bool frozen);
+    // Time-driven trend plots follow the recording's clock (playback and
+    // scrubbing) instead of the wall clock (live).
+    void setTrendPlotsTimeDriven(bool on);
     // Trend plots show the position ms from the start of the recording.
     void moveTrendPlotsTo(qint64 ms);
     // The largest time window (ms) among the trend plots; 0 when none.
@@ -56,7 +57,9 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    static bool invoke(DashboardWidget *widget, const char *method);
+    // Plots are reached through their meta-object, so that the window needs
+    // none of their headers; false when the widget has no such method.
+    static bool invoke(DashboardWidget *widget, const char *signature, QGenericArgument argument = {});
 
     DesignScene *m_scene = nullptr;
     QGraphicsView *m_view = nullptr;

@@ -149,7 +149,7 @@ void Ombrix::connectPlayback()
     PlaybackScrubber *scrubber = m_playback->scrubber();
     scrubber->setTimeWindowProvider([this] { return m_dashboard->largestTrendWindowMs(); });
     scrubber->setPlayModeQuery([this] { return m_mode == Play; });
-    connect(scrubber, &PlaybackScrubber::scrubStarted, this, [this] { m_dashboard->setTrendPlotsFrozen(true); });
+    connect(scrubber, &PlaybackScrubber::scrubStarted, this, [this] { m_dashboard->setTrendPlotsTimeDriven(true); });
     connect(scrubber, &PlaybackScrubber::positionScrubbed, m_dashboard, &Dashboard::moveTrendPlotsTo);
     connect(scrubber, &PlaybackScrubber::timeTextChanged, m_toolBars->timeLabel, &QLabel::setText);
 }
@@ -453,7 +453,7 @@ void Ombrix::leaveMode(OperatingMode mode)
     case Design:
         m_palette->setEnabled(false);
         m_dashboard->setDesignMode(false);
-        m_dashboard->setTrendPlotsFrozen(false);
+        m_dashboard->setTrendPlotsTimeDriven(false);
         m_router->invalidate();
         qDebug() << "Design mode ended";
         break;
@@ -483,7 +483,7 @@ void Ombrix::enterMode(OperatingMode mode)
         break;
     case Record:
         qDebug() << "Record mode started";
-        m_dashboard->setTrendPlotsFrozen(false);
+        m_dashboard->setTrendPlotsTimeDriven(false);
         m_router->clearErrors();
         break;
     case Play:
@@ -495,7 +495,7 @@ void Ombrix::enterMode(OperatingMode mode)
         qDebug() << "Idle mode started";
         m_playback->engine()->reset();
         m_dashboard->clearPlots();
-        m_dashboard->setTrendPlotsFrozen(false);
+        m_dashboard->setTrendPlotsTimeDriven(false);
         break;
     }
 }
@@ -556,7 +556,8 @@ void Ombrix::startPlayback()
         qDebug() << "Reset start time";
         m_playback->engine()->reset();
     }
-    m_dashboard->setTrendPlotsFrozen(false);
+    // Plots follow the recording's clock while it plays.
+    m_dashboard->setTrendPlotsTimeDriven(true);
     m_playback->engine()->start();
 }
 
