@@ -11,6 +11,7 @@
 #include "PlaybackScrubber.h"
 #include "PlaybackSession.h"
 #include "RecordingWriter.h"
+#include "SerialControls.h"
 #include "SerialManager.h"
 #include "SignalDefinitions.h"
 #include "SignalPlaybackEngine.h"
@@ -74,7 +75,8 @@ Ombrix::Ombrix(QWidget *parent)
     m_files = new FileActions(this);
     m_playback = new PlaybackSession(m_toolBars->positionSlider, this);
 
-    connectSerial();
+    m_serialControls = new SerialControls(m_serial, m_toolBars, statusBar(), this);
+    connect(m_serialControls, &SerialControls::portLost, this, &Ombrix::onPortLost);
     connectPlayback();
     connect(m_toolBars->designAction, &QAction::triggered, this, &Ombrix::designButton);
     connect(m_toolBars->saveLayoutAction, &QAction::triggered, this, &Ombrix::saveButton);
@@ -104,14 +106,6 @@ void Ombrix::buildCentralArea()
     layout->addWidget(m_dashboard->view(), 1);
     setCentralWidget(central);
     connect(m_palette, &WidgetPalette::widgetRequested, this, &Ombrix::onWidgetRequested);
-}
-
-void Ombrix::connectSerial()
-{
-    connect(m_toolBars->connectButton, &QToolButton::clicked, this, &Ombrix::onConnectClicked);
-    connect(m_serial, &SerialManager::portsChanged, this, &Ombrix::onPortsChanged);
-    connect(m_serial, &SerialManager::errorOccurred, this, &Ombrix::onSerialError);
-    connect(m_serial, &SerialManager::portLost, this, &Ombrix::onPortLost);
 }
 
 void Ombrix::connectPlayback()
@@ -299,70 +293,26 @@ SignalPlaybackEngine *Ombrix::engine() const
 
 // --- serial link -----------------------------------------------------------
 
-void Ombrix::onConnectClicked()
-{
-    qDebug() << "Connect clicked";
-    if (m_serial->isOpen()) {
-        disconnectPort();
-        return;
-    }
-    connectPort(m_toolBars->portName(), m_toolBars->baudRate());
-}
-
 bool Ombrix::connectPort(const QString &portName, int baudRate)
 {
-    m_toolBars->setPortName(portName);
-    m_toolBars->setBaudRate(baudRate);
-    SerialSettings settings;
-    settings.portName = portName;
-    settings.baudRate = baudRate;
-    const bool opened = !portName.isEmpty() && m_serial->open(settings);
-    if (!opened) {
-        qDebug() << "Not open";
-        if (portName.isEmpty())
-            showTransientMessage(tr("Choose a serial port first."), 5000);
-    }
-    m_toolBars->setConnected(opened);
-    return opened;
+    return m_serialControls->connectPort(portName, baudRate);
 }
 
 void Ombrix::disconnectPort()
 {
-    m_serial->close();
-    m_toolBars->setConnected(false);
-}
-
-void Ombrix::onPortsChanged(const QStringList &ports)
-{
-    m_toolBars->setPorts(ports);
-}
-
-void Ombrix::onSerialError(const QString &message)
-{
-    showTransientMessage(tr("Serial port error: %1").arg(message), 10000);
-    if (!m_serial->isOpen()) {
-        m_toolBars->setConnected(false);
-        return;
-    }
-    // The port is only read: any error while open means the stream is broken
-    // (a hung-up device reports read errors, not always a resource error).
-    const QString name = m_serial->portName();
-    m_serial->close();
-    onPortLost(name);
+    m_serialControls->disconnectPort();
 }
 
 void Ombrix::onPortLost(const QString &portName)
 {
-    m_toolBars->setConnected(false);
-    if (m_mode == Record) {
-        const QString file = m_recorder->filePath();
-        setMode(Idle);
-        showTransientMessage(tr("Port %1 lost: recording stopped, everything received is in %2")
-                                 .arg(portName, QFileInfo(file).fileName()),
-                             0);
+    if (m_mode != Record)
         return;
-    }
-    showTransientMessage(tr("Port %1 lost.").arg(portName), 0);
+    // Everything received so far is written when the recording stops.
+    const QString file = m_recorder->filePath();
+    setMode(Idle);
+    showTransientMessage(tr("Port %1 lost: recording stopped, everything received is in %2")
+                             .arg(portName, QFileInfo(file).fileName()),
+                         0);
 }
 
 bool Ombrix::playbackOwnsWidgets() const

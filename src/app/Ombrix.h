@@ -12,6 +12,7 @@ class LiveInput;
 class MainToolBars;
 class PlaybackSession;
 class RecordingWriter;
+class SerialControls;
 class SerialManager;
 class SignalDefinitions;
 class SignalPlaybackEngine;
@@ -115,11 +116,8 @@ Q_SIGNALS:
 
 private:
     void buildCentralArea();
-    void connectSerial();
     void connectPlayback();
-    void onConnectClicked();
-    void onPortsChanged(const QStringList &ports);
-    void onSerialError(const QString &message);
+    // Ends a recording whose device went away.
     void onPortLost(const QString &portName);
     void onWidgetRequested(const QString &typeName);
 
@@ -156,6 +154,7 @@ private:
     LiveInput *m_live = nullptr;
     FileActions *m_files = nullptr;
     SerialManager *m_serial = nullptr;
+    SerialControls *m_serialControls = nullptr;
     RecordingWriter *m_recorder = nullptr;
     PlaybackSession *m_playback = nullptr;
     QLabel *m_modeLabel = nullptr;
