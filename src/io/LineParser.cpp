@@ -151,41 +151,47 @@ QStringView scanToken(QStringView text, qsizetype &pos, qsizetype &equals)
     return text.sliced(start, end - start);
 }
 
-// True when the map still holds exactly the entries the shape recorded, in
-// which case their positions are filled into entries.
-bool shapeMatches(ParsedLine &out, const PendingValues &pending,
-                  QVarLengthArray<QMap<QString, double>::iterator, 16> &entries)
+// True when the line has the keys of the last line, in the same order.
+bool sameKeys(const ValueShape &shape, const PendingValues &pending)
 {
-    const ValueShape &shape = out.shape;
-    if (shape.keys.size() != pending.size() || !out.values.isDetached()
-        || out.values.size() != shape.nodes.size())
+    if (shape.keys.size() != pending.size())
         return false;
     for (qsizetype i = 0; i < pending.size(); ++i) {
         if (QStringView(shape.keys.at(i)) != pending.at(i).key)
             return false;
     }
+    return true;
+}
+
+// The map's entries when it still holds exactly the keys the shape recorded
+// and nobody shares it; empty otherwise.
+QVarLengthArray<QMap<QString, double>::iterator, 16> ownEntries(ParsedLine &out)
+{
+    QVarLengthArray<QMap<QString, double>::iterator, 16> entries;
+    const QStringList &sorted = out.shape.sortedKeys;
+    if (!out.values.isDetached() || out.values.size() != sorted.size())
+        return entries;
     qsizetype j = 0;
     for (auto it = out.values.begin(); it != out.values.end(); ++it, ++j) {
-        if (it.key().constData() != shape.nodes.at(j))
-            return false;
+        if (it.key().constData() != sorted.at(j).constData()) {
+            entries.clear();
+            break;
+        }
         entries.append(it);
     }
-    return true;
+    return entries;
 }
 
 void rebuildValues(ParsedLine &out, const PendingValues &pending)
 {
     ValueShape &shape = out.shape;
     out.values.clear();
-    shape.keys.clear();
-    shape.slots.clear();
-    shape.nodes.clear();
+    shape = {};
     for (const PendingValue &item : pending)
         out.values.insert(intern(item.key), item.value);
     if (pending.size() > MaxShapeSize)
         return;
-    for (auto it = out.values.cbegin(); it != out.values.cend(); ++it)
-        shape.nodes.append(it.key().constData());
+    shape.sortedKeys = out.values.keys();
     for (const PendingValue &item : pending) {
         const auto it = out.values.constFind(item.key.toString());
         shape.keys.append(it.key());
@@ -199,13 +205,26 @@ void storeValues(ParsedLine &out, const PendingValues &pending)
         out.values.clear();
         return;
     }
-    QVarLengthArray<QMap<QString, double>::iterator, 16> entries;
-    if (!shapeMatches(out, pending, entries)) {
+    const ValueShape &shape = out.shape;
+    if (!sameKeys(shape, pending)) {
         rebuildValues(out, pending);
         return;
     }
+    auto entries = ownEntries(out);
+    if (!entries.isEmpty()) {
+        for (qsizetype i = 0; i < pending.size(); ++i)
+            entries[shape.slots.at(i)].value() = pending.at(i).value; // a repeated key keeps the last
+        return;
+    }
+    // A receiver kept the last map: build a new one in key order, appending
+    // at the end so that no key is compared.
+    QVarLengthArray<double, 16> sorted(shape.sortedKeys.size());
     for (qsizetype i = 0; i < pending.size(); ++i)
-        entries[out.shape.slots.at(i)].value() = pending.at(i).value; // token order: a repeated key keeps the last
+        sorted[shape.slots.at(i)] = pending.at(i).value;
+    QMap<QString, double> fresh;
+    for (qsizetype j = 0; j < sorted.size(); ++j)
+        fresh.insert(fresh.cend(), shape.sortedKeys.at(j), sorted.at(j));
+    out.values = std::move(fresh);
 }
 
 } // namespace

@@ -20,9 +20,9 @@ struct LineEvent
 // rebuilding it. Internal to LineParser::parse.
 struct ValueShape
 {
-    QStringList keys;           // the value keys in token order
-    QList<int> slots;           // for each key, its position in map order
-    QList<const QChar *> nodes; // the key data of each map entry, in map order
+    QStringList keys;       // the value keys in token order
+    QList<int> slots;       // for each key, its position in map order
+    QStringList sortedKeys; // the map's keys, in map order
 };
 
 // Everything one line of the device's protocol carries.
