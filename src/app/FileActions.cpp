@@ -25,7 +25,8 @@ FileActions::FileActions(Ombrix *window)
 
 QString FileActions::ensureSubfolder(const QString &projectDir, const QString &name)
 {
-    const QString folder = projectDir + QLatin1Char('/') + name;
+    // Without a project this is the working directory's sub-folder, never the root's.
+    const QString folder = QDir(projectDir).filePath(name);
     QDir(folder).mkpath(QStringLiteral("."));
     return folder;
 }
@@ -50,7 +51,7 @@ bool FileActions::saveLayoutTo(const QString &path)
 void FileActions::loadLayout()
 {
     const QString path = m_window->prompts().openFileName(
-        m_window, tr("Load Layout"), m_window->projectDir() + QStringLiteral("/layouts"), tr("Layouts (*.json)"));
+        m_window, tr("Load Layout"), QDir(m_window->projectDir()).filePath(QStringLiteral("layouts")), tr("Layouts (*.json)"));
     if (!path.isEmpty())
         loadLayoutFrom(path);
 }
