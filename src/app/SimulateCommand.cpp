@@ -124,6 +124,10 @@ public:
             tcsetattr(m_fd, TCSANOW, &raw);
         }
         fcntl(m_fd, F_SETFL, fcntl(m_fd, F_GETFL) | O_NONBLOCK);
+        // The master reports a hang-up only once a slave was opened and closed.
+        const int slave = ::open(QFile::encodeName(m_slavePath).constData(), O_RDWR | O_NOCTTY);
+        if (slave >= 0)
+            ::close(slave);
         return true;
     }
 
@@ -166,7 +170,16 @@ public:
         return true;
     }
 
-    void discardStale() const { tcflush(m_fd, TCIOFLUSH); }
+    // Drops bytes queued for the slave before its reader opened it.
+    void discardStale() const
+    {
+        tcflush(m_fd, TCIOFLUSH);
+        const int slave = ::open(QFile::encodeName(m_slavePath).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK);
+        if (slave >= 0) {
+            tcflush(slave, TCIFLUSH);
+            ::close(slave);
+        }
+    }
 
     // Waits until the terminal can take more bytes or timeoutMs pass.
     void waitWritable(int timeoutMs) const
