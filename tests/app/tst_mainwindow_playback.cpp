@@ -17,6 +17,7 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QLabel>
+#include <QProcess>
 #include <QSlider>
 #include <QStatusBar>
 #include <QToolButton>
@@ -87,6 +88,7 @@ private Q_SLOTS:
     void playbackFileLabelFollowsSelection();
     void exportsThroughWindowEqualExporters();
     void exportsWithoutDataInform();
+    void simulatedDeviceIsRecordedAndPlayedBack();
 };
 
 void tst_MainWindowPlayback::cleanup()
@@ -318,6 +320,52 @@ void tst_MainWindowPlayback::exportsWithoutDataInform()
     QCOMPARE(f.prompts->informations.at(0).title, QStringLiteral("Export Events CSV"));
     QCOMPARE(f.prompts->informations.at(0).text, QStringLiteral("No playback data loaded."));
     QVERIFY(f.prompts->captions.isEmpty());
+}
+
+void tst_MainWindowPlayback::simulatedDeviceIsRecordedAndPlayedBack()
+{
+    const QString demo = QStringLiteral(OMBRIX_SOURCE_DIR "/examples/demo");
+    QTemporaryDir root;
+    const QString project = root.filePath(QStringLiteral("bench"));
+    QVERIFY(WindowFixture::writeFile(project + QStringLiteral("/dashboard_signals.def"),
+                                     WindowFixture::readFile(demo + QStringLiteral("/dashboard_signals.def"))));
+    const QString link = root.filePath(QStringLiteral("device"));
+
+    QProcess simulator;
+    simulator.start(qEnvironmentVariable("OMBRIX_CLI"),
+                    {QStringLiteral("simulate"), QStringLiteral("--project"), project, QStringLiteral("--link"), link,
+                     QStringLiteral("--rate"), QStringLiteral("200"), QStringLiteral("--duration"), QStringLiteral("30")});
+    QVERIFY2(simulator.waitForStarted(), qPrintable(simulator.errorString()));
+    QTRY_VERIFY(QFileInfo::exists(link));
+
+    auto prompts = std::make_unique<ScriptedPrompts>();
+    ScriptedPrompts *shown = prompts.get();
+    Ombrix window;
+    window.setPrompts(std::move(prompts));
+    QVERIFY(window.setProjectDir(project));
+    QVERIFY(window.loadLayoutFrom(demo + QStringLiteral("/layouts/demo.json")));
+    AnalogGaugeWidget *speed = nullptr;
+    for (DashboardItem *item : window.dashboard()->items()) {
+        auto *gauge = qobject_cast<AnalogGaugeWidget *>(item->dashboardWidget());
+        if (gauge && gauge->signalNames() == QStringList{QStringLiteral("SPEED")})
+            speed = gauge;
+    }
+    QVERIFY(speed);
+
+    QVERIFY(window.connectPort(link, 115200));
+    QTRY_VERIFY(speed->value() > 0.0);
+    window.recordButton();
+    QCOMPARE(window.mode(), Ombrix::Record);
+    QTRY_VERIFY(window.recordingWriter()->linesWritten() >= 100);
+    window.stopButton();
+    simulator.terminate();
+    QVERIFY(simulator.waitForFinished());
+
+    QCOMPARE(window.mode(), Ombrix::Idle);
+    QVERIFY(window.engine()->frames().frameCount() >= 50);
+    QVERIFY(window.engine()->frames().signalNames().contains(QStringLiteral("SPEED")));
+    QVERIFY(QFileInfo::exists(Recording::companionPathFor(window.playbackFile())));
+    QVERIFY(shown->warnings.isEmpty());
 }
 
 QTEST_MAIN(tst_MainWindowPlayback)
