@@ -17,6 +17,8 @@ ProjectIntroDialog::ProjectIntroDialog(QWidget *parent)
     layout->setContentsMargins(16, 16, 16, 16);
     layout->setSpacing(10);
     layout->setSizeConstraint(QLayout::SetFixedSize);
+    // The fixed size follows the layout, so the layout carries the 760 width.
+    layout->addStrut(760 - 2 * 16);
 
     auto *heading = new QLabel(tr("<h2>Welcome to Ombrix</h2>"), this);
     heading->setTextFormat(Qt::RichText);
@@ -56,6 +58,10 @@ QWidget *ProjectIntroDialog::buildGrid()
     addGridRow(grid, 2, tr("Layouts:"), tr("Saved under <code>layouts/</code> inside your project."));
     grid->setColumnStretch(0, 0);
     grid->setColumnStretch(1, 0);
+    // Wrapped labels need their height for the width they get; a fixed-size
+    // dialog would otherwise clip them to their unwrapped height.
+    const int width = qMin(container->sizeHint().width(), container->maximumWidth());
+    container->setMinimumHeight(grid->totalHeightForWidth(width));
     return container;
 }
 
