@@ -112,6 +112,8 @@ void MainToolBars::buildSerialControls(QToolBar *bar)
 void MainToolBars::buildExport(QMainWindow *window)
 {
     exportBar = addBar(window, tr("Export"), QStringLiteral("tb_export"));
+    // Both actions share one icon; the text tells them apart.
+    exportBar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     exportSignalsAction = exportBar->addAction(icon("export"), tr("Signals"));
     exportEventsAction = exportBar->addAction(icon("export"), tr("Events"));
 }
