@@ -42,8 +42,9 @@ public:
 
     // True when the folder holds a dashboard_signals.def.
     bool isValidProjectDir(const QString &path) const;
-    // Makes the folder current; false and nothing changed when the folder is
-    // not a project.
+    // Makes the folder current and loads its definitions. False with nothing
+    // changed when the folder is not a project; false with the folder taken
+    // but the old catalogue kept when its definitions cannot be loaded.
     bool setProjectDir(const QString &dir);
     // Replaces the current catalogue; on failure warns and keeps the old one.
     bool loadDefinitions(const QString &path);
