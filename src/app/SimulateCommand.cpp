@@ -196,6 +196,22 @@ private:
     QString m_link;
 };
 
+// Reads a number >= 0 into target when the option is given; false with error set when it is not a number.
+bool readNumber(const QCommandLineParser &parser, const QCommandLineOption &option, double &target, QString &error)
+{
+    if (!parser.isSet(option))
+        return true;
+    bool ok = false;
+    const double value = parser.value(option).toDouble(&ok);
+    if (!ok || !(value >= 0.0) || qIsInf(value)) {
+        error = QStringLiteral("--") + option.names().constFirst() + QStringLiteral(" needs a number >= 0, not '")
+            + parser.value(option) + QLatin1Char('\'');
+        return false;
+    }
+    target = value;
+    return true;
+}
+
 bool writeAll(int fd, const QByteArray &bytes)
 {
     qsizetype done = 0;
@@ -275,30 +291,19 @@ std::optional<SimulateCommand::Options> SimulateCommand::parseOptions(const QStr
     options.defPath = parser.isSet(def) ? parser.value(def)
                                         : QDir(parser.value(project)).filePath(QStringLiteral("dashboard_signals.def"));
 
-    bool ok = true;
-    const auto number = [&](const QCommandLineOption &option, double fallback) {
-        if (!parser.isSet(option))
-            return fallback;
-        bool converted = false;
-        const double value = parser.value(option).toDouble(&converted);
-        if (!converted || !(value >= 0.0) || qIsInf(value)) {
-            error = QStringLiteral("--") + option.names().constFirst() + QStringLiteral(" needs a number >= 0, not '")
-                + parser.value(option) + QLatin1Char('\'');
-            ok = false;
-        }
-        return value;
-    };
-    options.rate = number(rate, options.rate);
-    options.duration = ok ? number(duration, options.duration) : 0;
-    const double lines = ok ? number(count, -1) : 0;
-    options.count = lines < 0 ? -1 : qint64(lines);
-    if (ok && parser.isSet(seed)) {
-        options.seed = parser.value(seed).toULongLong(&ok);
-        if (!ok)
-            error = QStringLiteral("--seed needs a whole number, not '") + parser.value(seed) + QLatin1Char('\'');
-    }
-    if (!ok)
+    double lines = -1;
+    if (!readNumber(parser, rate, options.rate, error) || !readNumber(parser, duration, options.duration, error)
+        || !readNumber(parser, count, lines, error))
         return std::nullopt;
+    options.count = lines < 0 ? -1 : qint64(lines);
+    if (parser.isSet(seed)) {
+        bool ok = false;
+        options.seed = parser.value(seed).toULongLong(&ok);
+        if (!ok) {
+            error = QStringLiteral("--seed needs a whole number, not '") + parser.value(seed) + QLatin1Char('\'');
+            return std::nullopt;
+        }
+    }
     options.timestamps = parser.isSet(timestamps);
     options.toStdout = parser.isSet(toStdout);
     options.linkPath = parser.value(link);
