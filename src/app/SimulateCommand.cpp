@@ -39,8 +39,9 @@ void installSignalHandlers()
     std::signal(SIGPIPE, SIG_IGN);
 }
 
-constexpr int LinesPerChunk = 4096;          // lines built per burst at full speed
-constexpr qsizetype MaxPending = 512 * 1024; // bytes waiting for a slow reader before old lines go
+constexpr int LinesPerChunk = 4096;           // lines built per burst at full speed
+constexpr qsizetype FullSpeedLow = 64 * 1024; // at full speed, build more once fewer bytes wait
+constexpr qsizetype MaxPending = 512 * 1024;  // bytes waiting for a slow reader before old lines go
 
 // Paces the stream: how many lines are due now, and whether time is up.
 class Pacer
@@ -154,20 +155,25 @@ public:
         return ::poll(&p, 1, 0) >= 0 && !(p.revents & (POLLHUP | POLLERR));
     }
 
-    // Writes what the terminal takes now; false when the reader went away.
+    // Writes what the terminal takes now and removes it from pending; false
+    // when the reader went away.
     bool writeSome(QByteArray &pending)
     {
-        while (!pending.isEmpty()) {
-            const ssize_t n = ::write(m_fd, pending.constData(), size_t(pending.size()));
+        qsizetype done = 0;
+        bool alive = true;
+        while (done < pending.size()) {
+            const ssize_t n = ::write(m_fd, pending.constData() + done, size_t(pending.size() - done));
             if (n > 0) {
-                pending.remove(0, n);
+                done += n;
                 continue;
             }
             if (n < 0 && errno == EINTR)
                 continue;
-            return n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK);
+            alive = n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK);
+            break;
         }
-        return true;
+        pending.remove(0, done);
+        return alive;
     }
 
     // Drops bytes queued for the slave before its reader opened it.
@@ -379,7 +385,9 @@ int SimulateCommand::streamToPty(DeviceSimulator &simulator, const Options &opti
             terminal.discardStale(); // nothing from before the reader opened the port
         attached = nowAttached;
         const bool fullSpeed = options.rate <= 0;
-        const qint64 lines = (fullSpeed && (!attached || pending.size() >= MaxPending / 2)) ? 0 : pacer.due(produced);
+        // At full speed the reader sets the pace and nothing is dropped.
+        const bool wanted = !fullSpeed || (attached && pending.size() < FullSpeedLow);
+        const qint64 lines = wanted ? pacer.due(produced) : 0;
         appendDue(simulator, pending, lines);
         produced += lines;
         if (!attached) {
@@ -387,7 +395,8 @@ int SimulateCommand::streamToPty(DeviceSimulator &simulator, const Options &opti
             ::usleep(20 * 1000);
             continue;
         }
-        trimPending(pending, MaxPending);
+        if (!fullSpeed)
+            trimPending(pending, MaxPending);
         if (!terminal.writeSome(pending))
             pending.clear(); // the reader closed between poll and write
         if (!pending.isEmpty())

@@ -19,6 +19,7 @@ private Q_SLOTS:
     void timestampsOption();
     void readerOnThePseudoTerminal_data();
     void readerOnThePseudoTerminal();
+    void fullSpeedDropsNothing();
     void badOptions_data();
     void badOptions();
     void help();
@@ -128,6 +129,30 @@ void TestSimulate::readerOnThePseudoTerminal()
     QCOMPARE(process.exitStatus(), QProcess::NormalExit);
     QCOMPARE(process.exitCode(), 0);
     QVERIFY(!QFileInfo(link).isSymLink());
+}
+
+// At --rate 0 the reader sets the pace: consecutive lines, none dropped.
+void TestSimulate::fullSpeedDropsNothing()
+{
+    QTemporaryDir dir;
+    const QString link = dir.filePath(QStringLiteral("ttyFAST"));
+    QProcess process;
+    process.start(m_cli, {"simulate", "--project", m_demo, "--rate", "0", "--timestamps", "--link", link});
+    QVERIFY(process.waitForStarted());
+    QTRY_VERIFY(process.canReadLine());
+
+    SerialManager manager;
+    QList<double> times;
+    connect(&manager, &SerialManager::lineParsed, this, [&times](double t) { times.append(t); });
+    SerialSettings settings;
+    settings.portName = link;
+    QVERIFY(manager.open(settings));
+    QTRY_VERIFY_WITH_TIMEOUT(times.size() >= 20000, 20000);
+    manager.close();
+    process.terminate();
+    QVERIFY(process.waitForFinished(5000));
+    for (int i = 1; i < times.size(); ++i)
+        QVERIFY2(qAbs(times.at(i) - times.at(i - 1) - 0.001) < 0.0005, qPrintable(QString::number(i)));
 }
 
 void TestSimulate::badOptions_data()
