@@ -34,8 +34,8 @@ QString FileActions::ensureSubfolder(const QString &projectDir, const QString &n
 void FileActions::saveLayout()
 {
     const QString folder = ensureSubfolder(m_window->projectDir(), QStringLiteral("layouts"));
-    const QString path = m_window->prompts().saveFileName(m_window, tr("Save Layout"), folder + QStringLiteral("/layout.json"),
-                                                          tr("Layouts (*.json)"));
+    const QString path = m_window->prompts().saveFileName(m_window, tr("Save Layout"),
+                                                          folder + QStringLiteral("/layout.json"), tr("Layouts (*.json)"));
     if (!path.isEmpty())
         saveLayoutTo(path);
 }
@@ -50,8 +50,8 @@ bool FileActions::saveLayoutTo(const QString &path)
 
 void FileActions::loadLayout()
 {
-    const QString path = m_window->prompts().openFileName(
-        m_window, tr("Load Layout"), QDir(m_window->projectDir()).filePath(QStringLiteral("layouts")), tr("Layouts (*.json)"));
+    const QString folder = QDir(m_window->projectDir()).filePath(QStringLiteral("layouts"));
+    const QString path = m_window->prompts().openFileName(m_window, tr("Load Layout"), folder, tr("Layouts (*.json)"));
     if (!path.isEmpty())
         loadLayoutFrom(path);
 }
@@ -92,8 +92,8 @@ void FileActions::exportSignals()
                                                  m_window->definitionsInForce(), &options))
         return;
     const QString folder = ensureSubfolder(m_window->projectDir(), QStringLiteral("exports"));
-    const QString path = m_window->prompts().saveFileName(m_window, tr("Export CSV"), folder + QStringLiteral("/signals.csv"),
-                                                          tr("CSV (*.csv)"));
+    const QString path = m_window->prompts().saveFileName(m_window, tr("Export CSV"),
+                                                          folder + QStringLiteral("/signals.csv"), tr("CSV (*.csv)"));
     if (!path.isEmpty())
         exportSignalsTo(path, options);
 }
@@ -117,8 +117,8 @@ void FileActions::exportEvents()
     if (!hasPlaybackData(tr("Export Events CSV")))
         return;
     const QString folder = ensureSubfolder(m_window->projectDir(), QStringLiteral("exports"));
-    const QString path = m_window->prompts().saveFileName(m_window, tr("Export CSV"), folder + QStringLiteral("/events.csv"),
-                                                          tr("CSV (*.csv)"));
+    const QString path = m_window->prompts().saveFileName(m_window, tr("Export CSV"),
+                                                          folder + QStringLiteral("/events.csv"), tr("CSV (*.csv)"));
     if (!path.isEmpty())
         exportEventsTo(path);
 }

@@ -2,7 +2,6 @@
 
 #include "ClickableLabel.h"
 #include "Dashboard.h"
-#include "DashboardItem.h"
 #include "DashboardWidgetFactory.h"
 #include "DesignScene.h"
 #include "FileActions.h"
@@ -24,17 +23,16 @@
 #include <QDebug>
 #include <QDir>
 #include <QDoubleSpinBox>
+#include <QFileInfo>
 #include <QGraphicsView>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QSlider>
-#include <QStyle>
-#include <QStyleFactory>
-#include <QToolButton>
-#include <QFileInfo>
 #include <QSettings>
+#include <QSlider>
 #include <QStandardPaths>
 #include <QStatusBar>
+#include <QStyle>
+#include <QStyleFactory>
 #include <QTimer>
 
 namespace {
@@ -223,7 +221,8 @@ void Ombrix::ensureProjectSubfolders()
 
 void Ombrix::restoreProjectOrPrompt()
 {
-    const QString remembered = QSettings(QStringLiteral("Tarnwell"), QStringLiteral("Ombrix")).value(kProjectDirKey).toString();
+    const QString remembered =
+        QSettings(QStringLiteral("Tarnwell"), QStringLiteral("Ombrix")).value(kProjectDirKey).toString();
     if (!remembered.isEmpty() && isValidProjectDir(remembered) && setProjectDir(remembered))
         return;
     promptForProject();
@@ -529,7 +528,8 @@ void Ombrix::applyRecordingDefinitions()
 
 void Ombrix::selectPlaybackFile()
 {
-    const QString path = m_prompts->openFileName(this, tr("Select Playback File"), FileActions::ensureSubfolder(m_projectDir, QStringLiteral("recordings")),
+    const QString folder = FileActions::ensureSubfolder(m_projectDir, QStringLiteral("recordings"));
+    const QString path = m_prompts->openFileName(this, tr("Select Playback File"), folder,
                                                  tr("Recordings (*.rec);;All files (*)"));
     if (!path.isEmpty())
         setPlaybackFile(path);
