@@ -106,8 +106,19 @@ void SerialManager::processLine(QByteArrayView bytes, double defaultTime)
     if (bytes.isEmpty())
         return;
     const QString text = QString::fromUtf8(bytes).trimmed();
-    if (LineParser::parse(text, defaultTime, m_parsed))
-        emitLine(m_parsed);
+    // A receiver that spins the event loop may bring the next bytes in while
+    // this line is still being emitted: those lines get a result of their own.
+    if (m_emitting) {
+        ParsedLine nested;
+        if (LineParser::parse(text, defaultTime, nested))
+            emitLine(nested);
+        return;
+    }
+    if (!LineParser::parse(text, defaultTime, m_parsed))
+        return;
+    m_emitting = true;
+    emitLine(m_parsed);
+    m_emitting = false;
 }
 
 void SerialManager::emitLine(const ParsedLine &parsed)

@@ -67,6 +67,7 @@ private:
     QElapsedTimer m_elapsed;
     bool m_elapsedRunning = false;
     bool m_opening = false;
+    bool m_emitting = false;
     ParsedLine m_parsed;
     quint64 m_generation = 0; // bumped by open/close so a receiver may close mid-batch
 };

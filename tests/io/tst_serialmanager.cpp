@@ -84,6 +84,7 @@ private Q_SLOTS:
     void openFailureIsReported();
     void vanishingPortIsReportedAndClosed();
     void receiverMayCloseMidBatch();
+    void nestedBytesDuringEmission();
     void refreshPortsPublishesTheList();
     void badInput_data();
     void badInput();
@@ -282,6 +283,26 @@ void TestSerialManager::receiverMayCloseMidBatch()
     QCOMPARE(m_log->of(QStringLiteral("raw")), QStringList{"A=1"});
     QCOMPARE(m_log->of(QStringLiteral("values")), QStringList{"A=1"}); // the current line still completes
     QVERIFY(!m_manager->isOpen());
+}
+
+// A receiver that runs the event loop (a dialog, a progress bar) lets new
+// bytes in while a line is being emitted; the line must keep its own values.
+void TestSerialManager::nestedBytesDuringEmission()
+{
+    bool nested = false;
+    connect(m_manager.data(), &SerialManager::stateParsed, this, [this, &nested] {
+        if (!nested) {
+            nested = true;
+            m_manager->processBytes("B=2 ST_H=T\n");
+        }
+    });
+    m_manager->processBytes("A=1 ST_G=S ERR=E\nC=3\n");
+    // The nested bytes arrived after C=3, so C=3 comes first.
+    const QStringList expected = {
+        "raw A=1 ST_G=S ERR=E", "state G/S", "raw C=3", "values C=3", "raw B=2 ST_H=T", "state H/T",
+        "values B=2", "error E", "values A=1",
+    };
+    QCOMPARE(m_log->entries, expected);
 }
 
 void TestSerialManager::refreshPortsPublishesTheList()
