@@ -26,8 +26,9 @@ void requestStop(int)
     g_stopRequested = 1;
 }
 
-// SIGINT/SIGTERM end the stream cleanly; without SA_RESTART so that a blocked
-// poll or write returns at once. A vanished reader must not kill us either.
+// SIGINT/SIGTERM (and a closed terminal's SIGHUP) end the stream cleanly;
+// without SA_RESTART so that a blocked poll or write returns at once. A
+// vanished reader must not kill us either.
 void installSignalHandlers()
 {
     g_stopRequested = 0;
@@ -36,6 +37,7 @@ void installSignalHandlers()
     sigemptyset(&action.sa_mask);
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
+    sigaction(SIGHUP, &action, nullptr);
     std::signal(SIGPIPE, SIG_IGN);
 }
 
