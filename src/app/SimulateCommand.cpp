@@ -91,13 +91,17 @@ void appendDue(DeviceSimulator &simulator, QByteArray &out, qint64 lines)
         simulator.appendLine(out);
 }
 
-// Drops whole lines from the front until at most limit bytes are left.
+// Drops the oldest whole lines until about limit bytes are left. The first
+// line may be half written already, so it stays.
 void trimPending(QByteArray &pending, qsizetype limit)
 {
     if (pending.size() <= limit)
         return;
-    const qsizetype cut = pending.indexOf('\n', pending.size() - limit);
-    pending.remove(0, cut < 0 ? pending.size() : cut + 1);
+    const qsizetype firstEnd = pending.indexOf('\n') + 1;
+    if (firstEnd <= 0)
+        return;
+    const qsizetype cut = pending.indexOf('\n', firstEnd + (pending.size() - limit) - 1);
+    pending.remove(firstEnd, (cut < 0 ? pending.size() : cut + 1) - firstEnd);
 }
 
 // A pseudo-terminal master in raw mode; its slave is the device path a reader opens.
