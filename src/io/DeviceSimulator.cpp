@@ -60,11 +60,12 @@ DeviceSimulator::DeviceSimulator(const SignalDefinitions &defs, quint64 seed)
             addChannel(signal.name.toUtf8(), signal.label, defs);
         }
     }
+    QSet<QString> seenGroups; // a group declared twice is still one group
     for (const StateGroupDef &group : defs.stateGroups()) {
         const QList<StateDef> states = defs.statesOf(group.id);
-        if (states.isEmpty() || seen.contains(QLatin1String("ST_") + group.id))
+        if (states.isEmpty() || seenGroups.contains(group.id))
             continue;
-        seen.insert(QLatin1String("ST_") + group.id);
+        seenGroups.insert(group.id);
         Group g;
         g.id = group.id.toUtf8();
         for (const StateDef &state : states)
