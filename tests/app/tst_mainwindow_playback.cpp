@@ -11,6 +11,7 @@
 #include "SerialManager.h"
 #include "SignalDefinitions.h"
 #include "SignalPlaybackEngine.h"
+#include "SignalRouter.h"
 #include "SignalsCsvExporter.h"
 #include "StateIndicatorWidget.h"
 
@@ -347,7 +348,7 @@ void tst_MainWindowPlayback::simulatedDeviceIsRecordedAndPlayedBack()
     AnalogGaugeWidget *speed = nullptr;
     for (DashboardItem *item : window.dashboard()->items()) {
         auto *gauge = qobject_cast<AnalogGaugeWidget *>(item->dashboardWidget());
-        if (gauge && gauge->signalNames() == QStringList{QStringLiteral("SPEED")})
+        if (gauge && SignalRouter::routingName(gauge->primarySignal()) == QLatin1String("SPEED"))
             speed = gauge;
     }
     QVERIFY(speed);
