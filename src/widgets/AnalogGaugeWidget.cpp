@@ -19,7 +19,9 @@ constexpr double StartAngle = -135.0;
 constexpr double SweepAngle = 270.0;
 constexpr int TickCount = 11;
 
-// Fractional limits load truncated toward zero; non-numbers read as 0.
+// Fractional limits load truncated toward zero (0.5 -> 0, 250.75 -> 250);
+// non-numbers read as 0. QJsonValue::toInt() is not used: in Qt 6 it turns
+// every fractional number into its default, not into its whole part.
 double truncatedLimit(const QJsonValue &value)
 {
     const double number = value.toDouble(0.0);
@@ -54,7 +56,7 @@ QString AnalogGaugeWidget::typeName() const
 
 QString AnalogGaugeWidget::primarySignal() const
 {
-    return m_label.isEmpty() ? DashboardWidget::primarySignal() : m_label;
+    return m_label;
 }
 
 void AnalogGaugeWidget::loadConfig(const QJsonObject &config)
@@ -68,10 +70,7 @@ void AnalogGaugeWidget::loadConfig(const QJsonObject &config)
 
 QJsonObject AnalogGaugeWidget::saveConfig() const
 {
-    QJsonObject config;
-    config.insert(QLatin1String("min"), m_min);
-    config.insert(QLatin1String("max"), m_max);
-    return config;
+    return QJsonObject{{QStringLiteral("min"), m_min}, {QStringLiteral("max"), m_max}};
 }
 
 void AnalogGaugeWidget::buildConfigForm(QFormLayout *form, QWidget *parent)

@@ -33,7 +33,8 @@ public:
     /// Limited to [min, max]; NaN shows as min.
     void setValue(double value) override;
     QString typeName() const override;
-    /// The gauge's own label when set, else the first bound signal.
+    /// The gauge's own name field (label()), not the bound list; empty
+    /// until setLabel() fills it.
     QString primarySignal() const override;
     void loadConfig(const QJsonObject &config) override;
     QJsonObject saveConfig() const override;
@@ -46,6 +47,7 @@ public:
     /// Sets the scale and drops the cached dial.
     void setRange(double min, double max);
     QString label() const { return m_label; }
+    /// No config key fills the label; whoever shows the gauge may name it.
     void setLabel(const QString &label);
 
     /// Needle rotation in degrees; -135 when the range is empty.

@@ -348,7 +348,7 @@ void tst_MainWindowPlayback::simulatedDeviceIsRecordedAndPlayedBack()
     AnalogGaugeWidget *speed = nullptr;
     for (DashboardItem *item : window.dashboard()->items()) {
         auto *gauge = qobject_cast<AnalogGaugeWidget *>(item->dashboardWidget());
-        if (gauge && SignalRouter::routingName(gauge->primarySignal()) == QLatin1String("SPEED"))
+        if (gauge && SignalRouter::routingName(gauge->signalNames().value(0)) == QLatin1String("SPEED"))
             speed = gauge;
     }
     QVERIFY(speed);
