@@ -351,7 +351,10 @@ void DashboardItem::restackOverlay()
             found = true;
         }
     }
-    // A child's z only orders it among its siblings, so it must also clear the proxy.
+    // That formula alone can go to zero or below when this item is the topmost
+    // one, which would put the overlay under its sibling proxy and hand the mouse
+    // to the embedded widget; a child's z only orders it among its siblings, so
+    // the overlay is also kept above the proxy.
     const qreal z = std::max(largest - zValue() + 1.0, m_proxy->zValue() + 1.0);
     m_overlay->setZValue(z);
 }
