@@ -55,10 +55,7 @@ void ConsoleWidget::loadConfig(const QJsonObject &config)
 
 QJsonObject ConsoleWidget::saveConfig() const
 {
-    QJsonObject config;
-    config.insert(QLatin1String("maxLines"), m_maxLines);
-    config.insert(QLatin1String("autoScroll"), m_autoScroll);
-    return config;
+    return QJsonObject{{QStringLiteral("maxLines"), m_maxLines}, {QStringLiteral("autoScroll"), m_autoScroll}};
 }
 
 void ConsoleWidget::buildConfigForm(QFormLayout *form, QWidget *parent)

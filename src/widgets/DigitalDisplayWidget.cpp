@@ -58,10 +58,7 @@ void DigitalDisplayWidget::loadConfig(const QJsonObject &config)
 
 QJsonObject DigitalDisplayWidget::saveConfig() const
 {
-    QJsonObject config;
-    config.insert(QLatin1String("signal"), m_signal);
-    config.insert(QLatin1String("decimalPlaces"), m_decimals);
-    return config;
+    return QJsonObject{{QStringLiteral("signal"), m_signal}, {QStringLiteral("decimalPlaces"), m_decimals}};
 }
 
 void DigitalDisplayWidget::buildConfigForm(QFormLayout *form, QWidget *parent)

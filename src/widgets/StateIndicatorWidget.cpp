@@ -42,10 +42,7 @@ void StateIndicatorWidget::loadConfig(const QJsonObject &config)
 
 QJsonObject StateIndicatorWidget::saveConfig() const
 {
-    QJsonObject config;
-    config.insert(QLatin1String("groupId"), m_groupId);
-    config.insert(QLatin1String("corner"), m_corner);
-    return config;
+    return QJsonObject{{QStringLiteral("groupId"), m_groupId}, {QStringLiteral("corner"), m_corner}};
 }
 
 void StateIndicatorWidget::buildConfigForm(QFormLayout *form, QWidget *parent)
