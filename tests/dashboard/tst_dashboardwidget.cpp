@@ -9,54 +9,38 @@ class TestDashboardWidget : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void loadConfigSignals_data();
-    void loadConfigSignals();
-    void saveConfigWritesSignalsInOrder();
-    void primarySignalOfUnboundWidgetIsEmpty();
-    void minimumDesignSizeExpandsSizeHint_data();
-    void minimumDesignSizeExpandsSizeHint();
+    void signalsKeyRules_data();
+    void signalsKeyRules();
+    void primarySignalIsFirstBoundOrEmpty();
+    void minimumDesignSizeIsAtLeast80x60_data();
+    void minimumDesignSizeIsAtLeast80x60();
     void valuesReachSetValueThroughTheForwardingChain();
 };
 
-void TestDashboardWidget::loadConfigSignals_data()
+void TestDashboardWidget::signalsKeyRules_data()
 {
     QTest::addColumn<QByteArray>("config");
     QTest::addColumn<QStringList>("expected");
-
-    const QStringList before{QStringLiteral("old")};
-    QTest::newRow("string instead of array keeps binding") << QByteArray(R"({"signals": "a"})") << before;
-    QTest::newRow("missing key keeps binding") << QByteArray(R"({"other": 1})") << before;
-    QTest::newRow("non-strings skipped") << QByteArray(R"({"signals": ["a", 3, "b", null, {}]})")
-                                         << QStringList{QStringLiteral("a"), QStringLiteral("b")};
+    QTest::newRow("string instead of array keeps binding") << QByteArray(R"({"signals": "a"})") << QStringList{"old"};
+    QTest::newRow("missing key keeps binding") << QByteArray(R"({"other": 1})") << QStringList{"old"};
+    QTest::newRow("non-strings skipped") << QByteArray(R"({"signals": ["a", 3, "b", null]})") << QStringList{"a", "b"};
     QTest::newRow("empty array clears") << QByteArray(R"({"signals": []})") << QStringList();
-    QTest::newRow("order kept") << QByteArray(R"({"signals": ["z", "a"]})")
-                                << QStringList{QStringLiteral("z"), QStringLiteral("a")};
+    QTest::newRow("order kept") << QByteArray(R"({"signals": ["z", "a"]})") << QStringList{"z", "a"};
 }
 
-void TestDashboardWidget::loadConfigSignals()
+void TestDashboardWidget::signalsKeyRules()
 {
     QFETCH(QByteArray, config);
     QFETCH(QStringList, expected);
-
     ProbeWidget widget;
     widget.setSignalName(QStringLiteral("old"));
     widget.loadConfig(QJsonDocument::fromJson(config).object());
     QCOMPARE(widget.signalNames(), expected);
+    // Saving writes the names back in the same order.
+    QCOMPARE(widget.saveConfig().value(QLatin1String("signals")).toArray(), QJsonArray::fromStringList(expected));
 }
 
-void TestDashboardWidget::saveConfigWritesSignalsInOrder()
-{
-    ProbeWidget widget;
-    widget.setSignalNames({QStringLiteral("speed"), QStringLiteral("alpha")});
-    const QJsonArray written = widget.saveConfig().value(QLatin1String("signals")).toArray();
-    QCOMPARE(written, QJsonArray({QStringLiteral("speed"), QStringLiteral("alpha")}));
-
-    ProbeWidget restored;
-    restored.loadConfig(widget.saveConfig());
-    QCOMPARE(restored.signalNames(), widget.signalNames());
-}
-
-void TestDashboardWidget::primarySignalOfUnboundWidgetIsEmpty()
+void TestDashboardWidget::primarySignalIsFirstBoundOrEmpty()
 {
     ProbeWidget widget;
     QCOMPARE(widget.primarySignal(), QString());
@@ -64,23 +48,21 @@ void TestDashboardWidget::primarySignalOfUnboundWidgetIsEmpty()
     QCOMPARE(widget.primarySignal(), QStringLiteral("b"));
 }
 
-void TestDashboardWidget::minimumDesignSizeExpandsSizeHint_data()
+void TestDashboardWidget::minimumDesignSizeIsAtLeast80x60_data()
 {
     QTest::addColumn<QSize>("hint");
     QTest::addColumn<QSize>("expected");
     QTest::newRow("narrow and tall") << QSize(50, 200) << QSize(80, 200);
-    QTest::newRow("small") << QSize(10, 10) << QSize(80, 60);
     QTest::newRow("invalid hint") << QSize(-1, -1) << QSize(80, 60);
     QTest::newRow("large") << QSize(300, 90) << QSize(300, 90);
 }
 
-void TestDashboardWidget::minimumDesignSizeExpandsSizeHint()
+void TestDashboardWidget::minimumDesignSizeIsAtLeast80x60()
 {
     QFETCH(QSize, hint);
-    QFETCH(QSize, expected);
     ProbeWidget widget;
     widget.hint = hint;
-    QCOMPARE(widget.minimumDesignSize(), expected);
+    QTEST(widget.minimumDesignSize(), "expected");
 }
 
 void TestDashboardWidget::valuesReachSetValueThroughTheForwardingChain()
@@ -88,8 +70,6 @@ void TestDashboardWidget::valuesReachSetValueThroughTheForwardingChain()
     ProbeWidget widget;
     widget.setValueForSignalAt(QStringLiteral("any"), 42.5, 10.0);
     QCOMPARE(widget.lastValue, 42.5);
-    widget.setValueForSignal(QStringLiteral("other"), -1.0);
-    QCOMPARE(widget.lastValue, -1.0);
 }
 
 QTEST_MAIN(TestDashboardWidget)
