@@ -99,38 +99,9 @@ bool isErrorKey(QStringView key)
     return key.size() == 3 && key[0] == u'E' && key[1] == u'R' && key[2] == u'R';
 }
 
-// The token rules; values go to pending when given, else straight into the map.
-void applyToken(QStringView token, qsizetype equals, ParsedLine &out, PendingValues *pending)
-{
-    if (equals <= 0) {
-        out.unrecognized.append(token.toString());
-        return;
-    }
-    const QStringView key = trimmedToken(token.first(equals));
-    const QStringView value = trimmedToken(token.sliced(equals + 1));
-    if (isStateKey(key)) {
-        const QStringView group = key.sliced(3);
-        if (!group.isEmpty() && !value.isEmpty())
-            out.events.append({LineEvent::State, intern(group), intern(value)});
-        return;
-    }
-    if (isErrorKey(key)) {
-        if (!value.isEmpty())
-            out.events.append({LineEvent::Error, QString(), intern(value)});
-        return;
-    }
-    bool ok = false;
-    const double number = NumberParser::toDouble(value, &ok);
-    if (!ok)
-        return;
-    if (pending)
-        pending->append({key, number});
-    else
-        out.values.insert(intern(key), number);
-}
-
-// The next token at or after pos and the position of its first '=' (-1 when none).
-QStringView scanToken(QStringView text, qsizetype &pos, qsizetype &equals)
+// The next token at or after pos and the position of its first '=' (-1 when
+// none), inlined into the receive path.
+inline QStringView scanToken(QStringView text, qsizetype &pos, qsizetype &equals)
 {
     const qsizetype size = text.size();
     const QChar *data = text.data();
@@ -149,6 +120,57 @@ QStringView scanToken(QStringView text, qsizetype &pos, qsizetype &equals)
     }
     pos = end;
     return text.sliced(start, end - start);
+}
+
+// The token rules, inlined into the receive path.
+inline LineToken readTokenInline(QStringView token, qsizetype equals)
+{
+    LineToken read;
+    if (equals <= 0) {
+        read.kind = LineToken::Word;
+        return read;
+    }
+    const QStringView key = trimmedToken(token.first(equals));
+    read.value = trimmedToken(token.sliced(equals + 1));
+    if (isStateKey(key)) {
+        read.key = key.sliced(3);
+        if (!read.key.isEmpty() && !read.value.isEmpty())
+            read.kind = LineToken::State;
+        return read;
+    }
+    if (isErrorKey(key)) {
+        if (!read.value.isEmpty())
+            read.kind = LineToken::Error;
+        return read;
+    }
+    bool ok = false;
+    read.number = NumberParser::toDouble(read.value, &ok);
+    if (ok) {
+        read.kind = LineToken::Value;
+        read.key = key;
+    }
+    return read;
+}
+
+void applyToken(QStringView token, qsizetype equals, ParsedLine &out, PendingValues &pending)
+{
+    const LineToken read = readTokenInline(token, equals);
+    switch (read.kind) {
+    case LineToken::Word:
+        out.unrecognized.append(token.toString());
+        break;
+    case LineToken::State:
+        out.events.append({LineEvent::State, intern(read.key), intern(read.value)});
+        break;
+    case LineToken::Error:
+        out.events.append({LineEvent::Error, QString(), intern(read.value)});
+        break;
+    case LineToken::Value:
+        pending.append({read.key, read.number});
+        break;
+    case LineToken::Dropped:
+        break;
+    }
 }
 
 // True when the line has the keys of the last line, in the same order.
@@ -269,28 +291,25 @@ bool LineParser::parse(const QString &trimmedLine, double defaultTimestamp, Pars
     out.timestamp = ok ? own : defaultTimestamp;
     PendingValues pending;
     if (!ok)
-        applyToken(first, equals, out, &pending);
+        applyToken(first, equals, out, pending);
     for (QStringView token = scanToken(text, pos, equals); !token.isNull(); token = scanToken(text, pos, equals))
-        applyToken(token, equals, out, &pending);
+        applyToken(token, equals, out, pending);
     storeValues(out, pending);
     return true;
 }
 
-void LineParser::parseTokens(QStringView text, ParsedLine &out)
+LineToken LineParser::readToken(QStringView token, qsizetype equals)
 {
-    qsizetype pos = 0;
-    qsizetype equals = -1;
-    for (QStringView token = scanToken(text, pos, equals); !token.isNull(); token = scanToken(text, pos, equals))
-        applyToken(token, equals, out, nullptr);
-}
-
-void LineParser::parseToken(QStringView token, ParsedLine &out)
-{
-    applyToken(token, token.indexOf(u'='), out, nullptr);
+    return readTokenInline(token, equals);
 }
 
 QStringView LineParser::nextToken(QStringView text, qsizetype &pos)
 {
     qsizetype equals = -1;
+    return nextToken(text, pos, equals);
+}
+
+QStringView LineParser::nextToken(QStringView text, qsizetype &pos, qsizetype &equals)
+{
     return scanToken(text, pos, equals);
 }

@@ -41,6 +41,22 @@ struct ParsedLine
     QString unrecognizedText() const { return unrecognized.join(QLatin1Char(' ')); }
 };
 
+// One token read under the token rules of the wire grammar.
+struct LineToken
+{
+    enum Kind {
+        Word,    // no "=", or "=" first: an unrecognised word
+        State,   // ST_<group>=<state>
+        Error,   // ERR=<name>
+        Value,   // <name>=<number>
+        Dropped, // a key with an empty or non-numeric value: no report
+    };
+    Kind kind = Dropped;
+    QStringView key;     // State: the group id; Value: the signal name
+    QStringView value;   // State: the state id; Error: the error name
+    double number = 0.0; // Value
+};
+
 // The wire grammar of one line: white-space separated tokens, an optional
 // leading number as the line's time stamp, then KEY=VALUE pairs where
 // ST_<group>=<state> is a state, ERR=<name> an error, and any other key with
@@ -57,15 +73,15 @@ public:
     // Same, sharing the caller's string as out.line instead of copying it.
     static bool parse(const QString &trimmedLine, double defaultTimestamp, ParsedLine &out);
 
-    // The token rules alone (states, errors, values, unrecognised words),
-    // applied to every token of text, from its start. Appends to out.
-    static void parseTokens(QStringView text, ParsedLine &out);
-    // The token rules for a single token (no white space in it). Appends to out.
-    static void parseToken(QStringView token, ParsedLine &out);
+    // The token rules for one token; equals is the position of its first
+    // "=" (-1 when none). The views point into token.
+    static LineToken readToken(QStringView token, qsizetype equals);
 
     // The next token of text at or after pos, or a null view when none is
     // left; pos moves past the token.
     static QStringView nextToken(QStringView text, qsizetype &pos);
+    // Same, also giving the position of the token's first "=" (-1 when none).
+    static QStringView nextToken(QStringView text, qsizetype &pos, qsizetype &equals);
     // The characters that separate tokens: those of the pattern \s
     // (tab, line feed, vertical tab, form feed, carriage return, space).
     static bool isSeparator(QChar c)

@@ -35,48 +35,19 @@
  * - Consecutive lines with the same time form one frame: a later value of
  *   the same signal overwrites, events append in file order. A line that
  *   carries nothing (only a time, or only malformed words) adds no frame.
- *   A time that
- *   goes backwards (a device that restarted its clock) is held at the
- *   previous time, so that frames stay in file order and ascending.
+ *   A time that goes backwards (a device that restarted its clock) is held
+ *   at the previous time, so that frames stay in file order and ascending.
  */
 
 namespace {
 constexpr qint64 ChunkBytes = 4 * 1024 * 1024;
 const QChar Bom(0xFEFF);
 
-// Plain character tests: these run for every token of a million lines,
-// where the general string functions cost more than the comparison.
+// A plain character test: it runs for a million lines, where the general
+// string functions cost more than the comparison.
 bool startsWithRaw(QStringView s)
 {
     return s.size() >= 3 && s[0] == u'R' && s[1] == u'A' && s[2] == u'W';
-}
-
-bool isErrKey(QStringView s)
-{
-    return s.size() == 3 && s[0] == u'E' && s[1] == u'R' && s[2] == u'R';
-}
-
-bool isStateKey(QStringView s)
-{
-    return s.size() >= 3 && s[0] == u'S' && s[1] == u'T' && s[2] == u'_';
-}
-
-// Tokens hold no ASCII white space, so only a non-ASCII end can need trimming.
-QStringView trimmedToken(QStringView s)
-{
-    if (s.isEmpty() || (s.front().unicode() < 0x80 && s.back().unicode() < 0x80))
-        return s;
-    return s.trimmed();
-}
-
-qsizetype indexOfEquals(QStringView s)
-{
-    const QChar *data = s.data();
-    for (qsizetype i = 0, n = s.size(); i < n; ++i) {
-        if (data[i] == u'=')
-            return i;
-    }
-    return -1;
 }
 } // namespace
 
@@ -94,7 +65,7 @@ private:
     // a line that carries nothing adds no frame.
     int currentFrame();
     void addMessage(QString text);
-    void addToken(QStringView token);
+    void addToken(QStringView token, qsizetype equals);
     void setValue(int name, double value);
     int internName(QStringView name);
     int internWord(QStringView word);
@@ -124,6 +95,7 @@ void RecordingLoader::addLine(QStringView line)
     if (line.isEmpty() || line.startsWith(u'#'))
         return;
     qsizetype pos = 0;
+    qsizetype equals = -1;
     const QStringView first = LineParser::nextToken(line, pos);
     bool ok = false;
     const double t = NumberParser::toDouble(first, &ok);
@@ -132,7 +104,7 @@ void RecordingLoader::addLine(QStringView line)
     m_lineTime = t;
     m_lineHasFrame = false;
 
-    const QStringView second = LineParser::nextToken(line, pos);
+    const QStringView second = LineParser::nextToken(line, pos, equals);
     if (second.isNull())
         return;
     if (second.size() == 3 && startsWithRaw(second)) {
@@ -142,18 +114,14 @@ void RecordingLoader::addLine(QStringView line)
         addMessage(words.join(QLatin1Char(' ')));
         return;
     }
-    if (startsWithRaw(second)) {
-        const qsizetype equals = indexOfEquals(second);
-        if (equals < 0 || equals == 3) {
-            const qsizetype textStart = (second.data() - line.data()) + 3;
-            addMessage(line.sliced(textStart).toString());
-            return;
-        }
+    if (startsWithRaw(second) && (equals < 0 || equals == 3)) {
+        const qsizetype textStart = (second.data() - line.data()) + 3;
+        addMessage(line.sliced(textStart).toString());
+        return;
     }
     m_tokenOrdinal = 0;
-    addToken(second);
-    for (QStringView token = LineParser::nextToken(line, pos); !token.isNull(); token = LineParser::nextToken(line, pos))
-        addToken(token);
+    for (QStringView token = second; !token.isNull(); token = LineParser::nextToken(line, pos, equals))
+        addToken(token, equals);
 }
 
 int RecordingLoader::currentFrame()
@@ -180,30 +148,24 @@ void RecordingLoader::addMessage(QString text)
     r.m_messageTexts.append(std::move(text));
 }
 
-void RecordingLoader::addToken(QStringView token)
+void RecordingLoader::addToken(QStringView token, qsizetype equals)
 {
-    const qsizetype equals = indexOfEquals(token);
     ++m_tokenOrdinal;
-    if (equals <= 0)
-        return;
-    const QStringView key = trimmedToken(token.first(equals));
-    const QStringView value = trimmedToken(token.sliced(equals + 1));
-    if (isStateKey(key)) {
-        const QStringView group = key.sliced(3);
-        if (!group.isEmpty() && !value.isEmpty())
-            r.m_states.append({currentFrame(), internWord(group), internWord(value)});
-        return;
-    }
-    if (isErrKey(key)) {
-        if (!value.isEmpty())
-            r.m_errors.append({currentFrame(), internWord(value)});
-        return;
-    }
-    bool ok = false;
-    const double number = NumberParser::toDouble(value, &ok);
-    if (ok) {
+    const LineToken read = LineParser::readToken(token, equals);
+    switch (read.kind) {
+    case LineToken::State:
+        r.m_states.append({currentFrame(), internWord(read.key), internWord(read.value)});
+        break;
+    case LineToken::Error:
+        r.m_errors.append({currentFrame(), internWord(read.value)});
+        break;
+    case LineToken::Value:
         currentFrame();
-        setValue(internName(key), number);
+        setValue(internName(read.key), read.number);
+        break;
+    case LineToken::Word:
+    case LineToken::Dropped:
+        break;
     }
 }
 
@@ -366,17 +328,6 @@ QMap<QString, double> Recording::valuesAt(int index) const
 
 namespace {
 template<typename Entry>
-std::pair<int, int> rangeOfFrame(const QList<Entry> &entries, int frame)
-{
-    const auto less = [](const Entry &e, int f) { return e.frame < f; };
-    const auto begin = std::lower_bound(entries.cbegin(), entries.cend(), frame, less);
-    auto end = begin;
-    while (end != entries.cend() && end->frame == frame)
-        ++end;
-    return {int(begin - entries.cbegin()), int(end - entries.cbegin())};
-}
-
-template<typename Entry>
 int prefixUpTo(const QList<Entry> &entries, int lastFrame)
 {
     const auto greater = [](int f, const Entry &e) { return f < e.frame; };
@@ -399,14 +350,11 @@ PlaybackFrame Recording::frameAt(int index) const
     PlaybackFrame frame;
     frame.t = m_times.at(index);
     frame.values = valuesAt(index);
-    const auto [stateBegin, stateEnd] = rangeOfFrame(m_states, index);
-    for (int i = stateBegin; i < stateEnd; ++i)
+    for (int i = countUpTo(m_states, index - 1), end = countUpTo(m_states, index); i < end; ++i)
         frame.states.append({m_words.at(m_states.at(i).group), m_words.at(m_states.at(i).state)});
-    const auto [errorBegin, errorEnd] = rangeOfFrame(m_errors, index);
-    for (int i = errorBegin; i < errorEnd; ++i)
+    for (int i = countUpTo(m_errors, index - 1), end = countUpTo(m_errors, index); i < end; ++i)
         frame.errors.append(m_words.at(m_errors.at(i).id));
-    const auto [messageBegin, messageEnd] = rangeOfFrame(m_messages, index);
-    for (int i = messageBegin; i < messageEnd; ++i)
+    for (int i = countUpTo(m_messages, index - 1), end = countUpTo(m_messages, index); i < end; ++i)
         frame.messages.append(m_messageTexts.at(m_messages.at(i).id));
     return frame;
 }

@@ -18,7 +18,6 @@ private Q_SLOTS:
     void unusualNumbersAsValues();
     void onlyAsciiWhiteSpaceSeparatesTokens();
     void copiedAndViewedLinesAgree();
-    void parseTokensAppendsForTheRecordingReader();
     void nextTokenWalksTheLine();
     void reusedResultIsClearedBetweenLines();
     void consecutiveLinesGiveFreshValues_data();
@@ -169,17 +168,6 @@ void TestLineParser::copiedAndViewedLinesAgree()
     QCOMPARE(viewed.values, shared.values);
     QCOMPARE(eventList(viewed), eventList(shared));
     QCOMPARE(viewed.unrecognized, shared.unrecognized);
-}
-
-void TestLineParser::parseTokensAppendsForTheRecordingReader()
-{
-    ParsedLine parsed;
-    parsed.values.insert(QStringLiteral("KEEP"), 1);
-    LineParser::parseTokens(u"  A=1 ST_G=S  ERR=E  RAWtext ", parsed);
-    LineParser::parseToken(u"B=2", parsed);
-    QCOMPARE(parsed.values, (ValueMap{{"A", 1}, {"B", 2}, {"KEEP", 1}}));
-    QCOMPARE(eventList(parsed), QStringList({"S:G/S", "E:E"}));
-    QCOMPARE(parsed.unrecognized, QStringList{"RAWtext"});
 }
 
 void TestLineParser::nextTokenWalksTheLine()
