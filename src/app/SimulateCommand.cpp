@@ -8,7 +8,9 @@
 #include <QElapsedTimer>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -61,24 +63,26 @@ public:
             return true;
         if (m_options.count >= 0 && linesSent >= m_options.count)
             return true;
-        return m_options.duration >= 0 && m_clock.nsecsElapsed() >= qint64(m_options.duration * 1e9);
+        return m_options.duration >= 0 && double(m_clock.nsecsElapsed()) >= m_options.duration * 1e9;
     }
 
-    // Lines to produce now, given how many were produced so far.
+    // Lines to produce now, given how many were produced so far: never more
+    // than one chunk, so that a huge rate cannot build an endless burst, and
+    // at most a second's worth when catching up after a stall.
     qint64 due(qint64 produced) const
     {
-        qint64 lines = LinesPerChunk;
+        double lines = LinesPerChunk;
         if (m_options.rate > 0) {
-            const qint64 target = qint64(double(m_clock.nsecsElapsed()) * 1e-9 * m_options.rate) + 1;
-            lines = qMin<qint64>(target - produced, qint64(m_options.rate) + 1);
+            const double target = std::floor(double(m_clock.nsecsElapsed()) * 1e-9 * m_options.rate) + 1;
+            lines = std::min({lines, target - double(produced), m_options.rate + 1});
         }
         if (m_options.count >= 0)
-            lines = qMin(lines, m_options.count - produced);
-        return qMax<qint64>(lines, 0);
+            lines = std::min(lines, double(m_options.count - produced));
+        return lines > 0 ? qint64(lines) : 0;
     }
 
     // Milliseconds until the next line is due (at most 20).
-    int waitMs() const { return m_options.rate > 0 ? qBound(1, int(1000.0 / m_options.rate), 20) : 0; }
+    int waitMs() const { return m_options.rate > 0 ? int(qBound(1.0, 1000.0 / m_options.rate, 20.0)) : 0; }
 
 private:
     const SimulateCommand::Options &m_options;
@@ -260,7 +264,10 @@ QString SimulateCommand::usage()
         "  --timestamps    start every line with the device time in seconds\n"
         "  --stdout        write to standard output instead of a pseudo-terminal\n"
         "  --link PATH     symbolic link to the device, replaced if present, removed at exit\n"
-        "  --help          show this help\n");
+        "  --help          show this help\n"
+        "\n"
+        "Ctrl+C stops. Exit status: 0 when done, 1 when the pseudo-terminal or link\n"
+        "cannot be set up, 2 for bad options or an unreadable definition file.\n");
 }
 
 std::optional<SimulateCommand::Options> SimulateCommand::parseOptions(const QStringList &args, QString &error,
@@ -307,7 +314,7 @@ std::optional<SimulateCommand::Options> SimulateCommand::parseOptions(const QStr
     if (!readNumber(parser, rate, options.rate, error) || !readNumber(parser, duration, options.duration, error)
         || !readNumber(parser, count, lines, error))
         return std::nullopt;
-    options.count = lines < 0 ? -1 : qint64(lines);
+    options.count = lines < 0 ? -1 : qint64(std::min(lines, 1e18)); // 1e18: no limit in practice
     if (parser.isSet(seed)) {
         bool ok = false;
         options.seed = parser.value(seed).toULongLong(&ok);
