@@ -50,7 +50,8 @@ int main(int argc, char *argv[])
 {
     QCoreApplication::setOrganizationName(QStringLiteral("Tarnwell"));
     QCoreApplication::setOrganizationDomain(QStringLiteral("tarnwell.example"));
-    QCoreApplication::setApplicationName(QStringLiteral("ombrix-cli"));
+    // The window's identity, so that both resolve the same settings.
+    QCoreApplication::setApplicationName(QStringLiteral("Ombrix"));
     QCoreApplication app(argc, argv);
 
     QStringList args = app.arguments();

@@ -100,8 +100,7 @@ int InfoCommand::run(const QStringList &args)
     CliCommand cli(QStringLiteral("info"), QStringLiteral("FILE.rec"),
                    QStringLiteral("Summarise a recording: duration, frames, signals with their "
                                   "min and max, and counts of states, errors and messages."));
-    cli.parser().addPositionalArgument(QStringLiteral("file"), QStringLiteral("The recording (.rec)."),
-                                       QStringLiteral("FILE.rec"));
+    cli.parser().addPositionalArgument(QStringLiteral("FILE.rec"), QStringLiteral("The recording (.rec)."));
     QStringList positionals;
     if (!cli.parse(args) || !cli.takePositionals({QStringLiteral("FILE.rec")}, &positionals))
         return cli.exitCode();

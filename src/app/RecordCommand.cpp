@@ -225,9 +225,12 @@ bool parseArguments(CliCommand &cli, const QStringList &args, RecordArguments *o
 int RecordCommand::run(const QStringList &args)
 {
     CliCommand cli(QStringLiteral("record"),
-                   QStringLiteral("--port NAME [--baud N] --project DIR [--duration S | --lines N]"),
-                   QStringLiteral("Record a serial port into the project's recordings folder until "
-                                  "the limit is reached, Ctrl+C, or the device goes away."));
+                   QStringLiteral("--port NAME --project DIR [--baud N] [--def FILE] [--duration S | --lines N]"),
+                   QStringLiteral("Record a serial port into DIR/recordings, as the window does, until the\n"
+                                  "limit is reached, Ctrl+C, or the device goes away. Prints the recording's path.\n"
+                                  "Exit status: 0 when stopped, 1 when the port or file cannot be opened,\n"
+                                  "2 for bad arguments, 3 when the device went away (the recording keeps\n"
+                                  "every line received until then)."));
     RecordArguments arguments;
     int exitCode = 0;
     if (!parseArguments(cli, args, &arguments, &exitCode))
