@@ -52,7 +52,7 @@ QString CliCommand::usage() const
     const qsizetype firstLineEnd = help.indexOf(QLatin1Char('\n'));
     help.remove(0, firstLineEnd < 0 ? help.size() : firstLineEnd + 1);
     return QStringLiteral("Usage: ombrix-cli ") % m_command % QLatin1Char(' ') % m_synopsis
-        % QLatin1Char('\n') % help;
+        % QLatin1String("\n\n") % help;
 }
 
 int CliCommand::usageError(const QString &message) const
@@ -108,4 +108,49 @@ bool CliCommand::loadDefinitions(const QString &recordingPath, const QString &de
     }
     *defs = std::move(loaded);
     return true;
+}
+
+void CliCommand::addExportArguments(const QString &defDescription)
+{
+    m_parser.addOption({{QStringLiteral("o"), QStringLiteral("output")}, QStringLiteral("The CSV file to write."),
+                        QStringLiteral("OUT.csv")});
+    m_parser.addOption({{QStringLiteral("d"), QStringLiteral("def")}, defDescription, QStringLiteral("FILE")});
+    m_parser.addPositionalArgument(QStringLiteral("FILE.rec"), QStringLiteral("The recording (.rec)."));
+}
+
+bool CliCommand::parseExport(const QStringList &args, QString *recordingPath, QString *outPath)
+{
+    QStringList positionals;
+    if (!parse(args) || !takePositionals({QStringLiteral("FILE.rec")}, &positionals))
+        return false;
+    *recordingPath = positionals.at(0);
+    *outPath = m_parser.value(QStringLiteral("output"));
+    if (!outPath->isEmpty())
+        return true;
+    m_exitCode = usageError(QStringLiteral("missing -o OUT.csv"));
+    return false;
+}
+
+bool CliCommand::loadExportInput(const QString &recordingPath, Recording &recording,
+                                 std::unique_ptr<SignalDefinitions> *defs)
+{
+    if (!loadRecording(recording, recordingPath)
+        || !loadDefinitions(recordingPath, m_parser.value(QStringLiteral("def")), defs))
+        return false;
+    if (!recording.isEmpty())
+        return true;
+    m_exitCode = fail(QStringLiteral("no playback data in %1; nothing written").arg(recordingPath));
+    return false;
+}
+
+int CliCommand::writeExport(const QString &outPath, const ExportFunction &write) const
+{
+    ConsoleProgress progress(QStringLiteral("Exporting"));
+    QString error;
+    if (write(progress.callback(), &error))
+        return 0;
+    progress.finish();
+    if (TerminationNotifier::requested())
+        return fail(QStringLiteral("interrupted; %1 not written").arg(outPath), InterruptedExitCode);
+    return fail(QStringLiteral("%1: %2").arg(outPath, error));
 }

@@ -4,14 +4,17 @@
 #include <QString>
 #include <QStringList>
 
+#include "Recording.h"
+
+#include <functional>
 #include <memory>
 
-class Recording;
 class SignalDefinitions;
 
 // The plumbing every ombrix-cli command shares: option parsing with --help,
 // the "one error line, then usage, exit 2" convention for bad arguments,
-// and loading a recording and its definitions with a progress line.
+// loading a recording and its definitions with a progress line, and the
+// arguments and output of the CSV exports.
 class CliCommand
 {
 public:
@@ -44,6 +47,21 @@ public:
     // when present, else none (nullptr).
     bool loadDefinitions(const QString &recordingPath, const QString &defPath,
                          std::unique_ptr<SignalDefinitions> *defs);
+
+    // For the exports: the FILE.rec argument, -o/--output OUT.csv and
+    // -d/--def FILE, whose help text is defDescription.
+    void addExportArguments(const QString &defDescription);
+    // After addExportArguments: parses args and takes the recording and the
+    // output path. False when the command must end now with exitCode().
+    bool parseExport(const QStringList &args, QString *recordingPath, QString *outPath);
+    // Loads the recording and its definitions (--def, else the companion).
+    // Like the window, refuses a recording without data: nothing to export.
+    bool loadExportInput(const QString &recordingPath, Recording &recording,
+                         std::unique_ptr<SignalDefinitions> *defs);
+    using ExportFunction = std::function<bool(const Recording::Progress &progress, QString *error)>;
+    // Runs an export with a progress line and returns the exit code: 0, 1 when
+    // it failed, InterruptedExitCode when SIGINT or SIGTERM cancelled it.
+    int writeExport(const QString &outPath, const ExportFunction &write) const;
 
     // Exit code of a command stopped by SIGINT or SIGTERM.
     static constexpr int InterruptedExitCode = 130;

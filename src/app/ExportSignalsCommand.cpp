@@ -1,7 +1,6 @@
 #include "ExportSignalsCommand.h"
 
 #include "CliCommand.h"
-#include "ConsoleProgress.h"
 #include "Recording.h"
 #include "SignalDefinitions.h"
 #include "SignalsCsvExporter.h"
@@ -44,8 +43,8 @@ int ExportSignalsCommand::run(const QStringList &args)
 {
     CliCommand cli(QStringLiteral("export-signals"), QStringLiteral("[options] FILE.rec -o OUT.csv"),
                    QStringLiteral("Export the signal values of a recording as CSV."));
-    const QCommandLineOption output({QStringLiteral("o"), QStringLiteral("output")},
-                                    QStringLiteral("The CSV file to write."), QStringLiteral("OUT.csv"));
+    cli.addExportArguments(QStringLiteral("Definitions for the mappings (default: the recording's "
+                                          "companion .signals.h)."));
     const QCommandLineOption signalList({QStringLiteral("s"), QStringLiteral("signals")},
                                         QStringLiteral("Comma-separated signal names, in column order "
                                                        "(default: every signal of the recording)."),
@@ -56,19 +55,11 @@ int ExportSignalsCommand::run(const QStringList &args)
                                   QStringLiteral("HZ"), QStringLiteral("0"));
     const QCommandLineOption mapped({QStringLiteral("m"), QStringLiteral("mapped")},
                                     QStringLiteral("Apply the mappings (physical units)."));
-    const QCommandLineOption def({QStringLiteral("d"), QStringLiteral("def")},
-                                 QStringLiteral("Definitions for the mappings (default: the "
-                                                "recording's companion .signals.h)."),
-                                 QStringLiteral("FILE"));
-    cli.parser().addOptions({output, signalList, rate, mapped, def});
-    cli.parser().addPositionalArgument(QStringLiteral("file"), QStringLiteral("The recording (.rec)."),
-                                       QStringLiteral("FILE.rec"));
-    QStringList positionals;
-    if (!cli.parse(args) || !cli.takePositionals({QStringLiteral("FILE.rec")}, &positionals))
+    cli.parser().addOptions({signalList, rate, mapped});
+    QString recordingPath;
+    QString outPath;
+    if (!cli.parseExport(args, &recordingPath, &outPath))
         return cli.exitCode();
-    const QString outPath = cli.parser().value(output);
-    if (outPath.isEmpty())
-        return cli.usageError(QStringLiteral("missing -o OUT.csv"));
     SignalsExportOptions options;
     bool rateOk = false;
     options.rateHz = cli.parser().value(rate).toDouble(&rateOk);
@@ -79,22 +70,13 @@ int ExportSignalsCommand::run(const QStringList &args)
     TerminationNotifier termination;
     Recording recording;
     std::unique_ptr<SignalDefinitions> defs;
-    if (!cli.loadRecording(recording, positionals.at(0))
-        || !cli.loadDefinitions(positionals.at(0), cli.parser().value(def), &defs))
+    if (!cli.loadExportInput(recordingPath, recording, &defs))
         return cli.exitCode();
     if (!chosenSignals(cli, cli.parser().value(signalList), recording, &options.signalNames))
         return 2;
     if (options.applyMappings && !defs)
         cli.note(QStringLiteral("no definitions beside the recording; values stay raw"));
-
-    ConsoleProgress progress(QStringLiteral("Exporting"));
-    QString error;
-    if (!SignalsCsvExporter::exportTo(outPath, recording, defs.get(), options, progress.callback(), &error)) {
-        progress.finish();
-        if (TerminationNotifier::requested())
-            return cli.fail(QStringLiteral("interrupted; %1 not written").arg(outPath),
-                            CliCommand::InterruptedExitCode);
-        return cli.fail(QStringLiteral("%1: %2").arg(outPath, error));
-    }
-    return 0;
+    return cli.writeExport(outPath, [&](const Recording::Progress &progress, QString *error) {
+        return SignalsCsvExporter::exportTo(outPath, recording, defs.get(), options, progress, error);
+    });
 }
