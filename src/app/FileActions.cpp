@@ -23,6 +23,8 @@ FileActions::FileActions(Ombrix *window)
 {
 }
 
+FileActions::~FileActions() = default;
+
 QString FileActions::ensureSubfolder(const QString &projectDir, const QString &name)
 {
     // Without a project this is the working directory's sub-folder, never the root's.
@@ -31,11 +33,17 @@ QString FileActions::ensureSubfolder(const QString &projectDir, const QString &n
     return folder;
 }
 
+QString FileActions::askSavePath(const QString &caption, const QString &subfolder, const QString &fileName,
+                                 const QString &filter) const
+{
+    const QString folder = ensureSubfolder(m_window->projectDir(), subfolder);
+    return m_window->prompts().saveFileName(m_window, caption, folder + QLatin1Char('/') + fileName, filter);
+}
+
 void FileActions::saveLayout()
 {
-    const QString folder = ensureSubfolder(m_window->projectDir(), QStringLiteral("layouts"));
-    const QString path = m_window->prompts().saveFileName(m_window, tr("Save Layout"),
-                                                          folder + QStringLiteral("/layout.json"), tr("Layouts (*.json)"));
+    const QString path = askSavePath(tr("Save Layout"), QStringLiteral("layouts"), QStringLiteral("layout.json"),
+                                     tr("Layouts (*.json)"));
     if (!path.isEmpty())
         saveLayoutTo(path);
 }
@@ -58,9 +66,8 @@ void FileActions::loadLayout()
 
 bool FileActions::loadLayoutFrom(const QString &path)
 {
-    LayoutFile::ItemList removed;
     const LayoutFile::Result result = LayoutFile::load(path, m_window->dashboard()->scene(), m_window,
-                                                       m_window->mode() == Ombrix::Design, removed);
+                                                       m_window->mode() == Ombrix::Design, m_detachedItems);
     m_window->router()->invalidate();
     switch (result) {
     case LayoutFile::Result::Ok:
@@ -91,9 +98,8 @@ void FileActions::exportSignals()
     if (!m_window->prompts().chooseSignalsExport(m_window, m_window->engine()->frames().signalNames(),
                                                  m_window->definitionsInForce(), &options))
         return;
-    const QString folder = ensureSubfolder(m_window->projectDir(), QStringLiteral("exports"));
-    const QString path = m_window->prompts().saveFileName(m_window, tr("Export CSV"),
-                                                          folder + QStringLiteral("/signals.csv"), tr("CSV (*.csv)"));
+    const QString path = askSavePath(tr("Export CSV"), QStringLiteral("exports"), QStringLiteral("signals.csv"),
+                                     tr("CSV (*.csv)"));
     if (!path.isEmpty())
         exportSignalsTo(path, options);
 }
@@ -116,9 +122,8 @@ void FileActions::exportEvents()
 {
     if (!hasPlaybackData(tr("Export Events CSV")))
         return;
-    const QString folder = ensureSubfolder(m_window->projectDir(), QStringLiteral("exports"));
-    const QString path = m_window->prompts().saveFileName(m_window, tr("Export CSV"),
-                                                          folder + QStringLiteral("/events.csv"), tr("CSV (*.csv)"));
+    const QString path = askSavePath(tr("Export CSV"), QStringLiteral("exports"), QStringLiteral("events.csv"),
+                                     tr("CSV (*.csv)"));
     if (!path.isEmpty())
         exportEventsTo(path);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "LayoutFile.h"
+
 #include <QObject>
 #include <QString>
 
@@ -15,6 +17,7 @@ class FileActions : public QObject
 
 public:
     explicit FileActions(Ombrix *window);
+    ~FileActions() override;
 
     void saveLayout();
     void loadLayout();
@@ -31,6 +34,13 @@ public:
 
 private:
     bool hasPlaybackData(const QString &title) const;
+    // The save dialog, proposing <project>/<subfolder>/<fileName> (the folder is created).
+    QString askSavePath(const QString &caption, const QString &subfolder, const QString &fileName,
+                        const QString &filter) const;
 
     Ombrix *m_window = nullptr;
+    // Items a layout load took off the scene. A load only detaches them, so
+    // that callers holding a widget of the old dashboard keep a live object;
+    // they go with the window.
+    LayoutFile::ItemList m_detachedItems;
 };
