@@ -43,8 +43,16 @@ bool Dashboard::eventFilter(QObject *watched, QEvent *event)
 
 QList<DashboardItem *> Dashboard::items() const
 {
+    return topLevelItems(m_scene);
+}
+
+QList<DashboardItem *> Dashboard::topLevelItems(const QGraphicsScene *scene)
+{
     QList<DashboardItem *> result;
-    for (QGraphicsItem *item : m_scene->items()) {
+    if (!scene)
+        return result;
+    const QList<QGraphicsItem *> items = scene->items();
+    for (QGraphicsItem *item : items) {
         if (item->parentItem())
             continue;
         if (auto *dashboardItem = qgraphicsitem_cast<DashboardItem *>(item))

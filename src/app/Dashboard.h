@@ -6,6 +6,7 @@
 #include <QSizeF>
 
 QT_BEGIN_NAMESPACE
+class QGraphicsScene;
 class QGraphicsView;
 class QWidget;
 QT_END_NAMESPACE
@@ -30,6 +31,7 @@ public:
 
     // Top-level DashboardItems in scene order.
     QList<DashboardItem *> items() const;
+    static QList<DashboardItem *> topLevelItems(const QGraphicsScene *scene);
     QList<DashboardWidget *> widgets() const;
     QList<DashboardWidget *> widgetsOfType(const QString &typeName) const;
 

@@ -1,5 +1,6 @@
 #include "LayoutFile.h"
 
+#include "Dashboard.h"
 #include "DashboardItem.h"
 
 #include <QFile>
@@ -26,17 +27,6 @@ QString toBase64(const QByteArray &bytes)
 QByteArray fromBase64(const QJsonValue &value)
 {
     return QByteArray::fromBase64(value.toString().toLatin1());
-}
-
-QList<DashboardItem *> topLevelItems(QGraphicsScene *scene)
-{
-    QList<DashboardItem *> result;
-    const QList<QGraphicsItem *> items = scene->items();
-    for (QGraphicsItem *item : items) {
-        if (auto *dashboardItem = qgraphicsitem_cast<DashboardItem *>(item); dashboardItem && !item->parentItem())
-            result.append(dashboardItem);
-    }
-    return result;
 }
 
 void restoreWindow(QMainWindow *window, const QJsonObject &root)
@@ -96,7 +86,7 @@ LayoutFile::Result LayoutFile::load(const QString &path, QGraphicsScene *scene, 
     const QJsonArray records = root.value(ItemsKey).toArray();
 
     if (scene) {
-        const QList<DashboardItem *> oldItems = topLevelItems(scene);
+        const QList<DashboardItem *> oldItems = Dashboard::topLevelItems(scene);
         for (DashboardItem *item : oldItems) {
             scene->removeItem(item);
             removedItems.emplace_back(item);

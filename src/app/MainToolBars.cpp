@@ -1,6 +1,7 @@
 #include "MainToolBars.h"
 
 #include "ClickableLabel.h"
+#include "PlaybackScrubber.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -136,7 +137,7 @@ void MainToolBars::buildIo(QMainWindow *window)
 
     positionSlider = new QSlider(Qt::Horizontal, ioBar);
     positionSlider->setObjectName(QStringLiteral("positionSlider"));
-    positionSlider->setRange(0, SliderMaxSteps);
+    positionSlider->setRange(0, PlaybackScrubber::SliderMaxSteps);
     positionSlider->setMinimumWidth(300);
     positionSlider->setMaximumWidth(500);
     ioBar->addWidget(positionSlider);

@@ -25,8 +25,6 @@ class MainToolBars : public QObject
     Q_OBJECT
 
 public:
-    static constexpr int SliderMaxSteps = 1000;
-
     explicit MainToolBars(QMainWindow *window);
 
     // Refills the port list, keeping a path the user typed.

@@ -385,7 +385,8 @@ void Ombrix::setMode(OperatingMode mode)
         refreshModeDisplay();
         return;
     }
-    // A recording that cannot start leaves the current mode untouched.
+    // A recording that cannot start must leave the current mode in force, so
+    // it is started before the old mode is left rather than after.
     if (mode == Record && !startRecording()) {
         refreshModeDisplay();
         return;
@@ -500,8 +501,8 @@ void Ombrix::startPlayback()
     if (!loadPlaybackIntoEngine())
         return;
     QSlider *slider = m_toolBars->positionSlider;
-    qDebug() << "Slider" << slider->value() << "of" << MainToolBars::SliderMaxSteps;
-    if (slider->value() >= MainToolBars::SliderMaxSteps) {
+    qDebug() << "Slider" << slider->value() << "of" << PlaybackScrubber::SliderMaxSteps;
+    if (slider->value() >= PlaybackScrubber::SliderMaxSteps) {
         qDebug() << "Reset start time";
         m_playback->engine()->reset();
     }

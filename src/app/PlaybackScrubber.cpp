@@ -131,7 +131,7 @@ void PlaybackScrubber::onValueChanged(int value)
 
 void PlaybackScrubber::seekTo(int sliderPosition)
 {
-    const double ms = m_engine->duration() * (sliderPosition / double(SliderMaxSteps)) * 1000.0;
+    const double ms = secondsAt(sliderPosition) * 1000.0;
     m_engine->seek(ms / 1000.0);
     Q_EMIT positionScrubbed(qint64(std::llround(ms)));
 }

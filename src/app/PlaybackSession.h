@@ -41,10 +41,9 @@ public:
     const SignalDefinitions *recordingDefinitions() const { return m_recordingDefinitions.get(); }
 
     // Reads the selected recording into the engine unless it holds it
-    // already; a progress dialog appears when that takes a while.
+    // already (reloading would rewind, and Play after Pause resumes); a
+    // progress dialog appears when that takes a while.
     bool ensureLoaded(QWidget *progressParent, QString *error);
-    // Forces the next ensureLoaded() to read the file again.
-    void invalidate() { m_loadedPath.clear(); }
 
 private:
     SignalPlaybackEngine *m_engine = nullptr;

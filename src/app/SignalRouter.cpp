@@ -1,5 +1,6 @@
 #include "SignalRouter.h"
 
+#include "Dashboard.h"
 #include "DashboardItem.h"
 #include "DashboardWidget.h"
 #include "ErrorConsoleWidget.h"
@@ -171,24 +172,10 @@ void SignalRouter::clearMessages()
 QList<DashboardWidget *> SignalRouter::dashboardWidgets() const
 {
     QList<DashboardWidget *> widgets;
-    if (!m_scene)
-        return widgets;
-    const QList<QGraphicsItem *> items = m_scene->items();
-    for (QGraphicsItem *item : items) {
-        if (item->parentItem())
-            continue;
-        if (auto *dashboardItem = qgraphicsitem_cast<DashboardItem *>(item)) {
-            if (DashboardWidget *widget = dashboardItem->dashboardWidget())
-                widgets.append(widget);
-        }
+    for (DashboardItem *item : Dashboard::topLevelItems(m_scene)) {
+        if (DashboardWidget *widget = item->dashboardWidget())
+            widgets.append(widget);
     }
-    return widgets;
-}
-
-QList<DashboardWidget *> SignalRouter::widgetsOfType(const QString &typeName) const
-{
-    QList<DashboardWidget *> widgets = dashboardWidgets();
-    widgets.removeIf([&typeName](const DashboardWidget *widget) { return widget->typeName() != typeName; });
     return widgets;
 }
 

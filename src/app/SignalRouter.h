@@ -83,8 +83,6 @@ public:
 
     /// Widgets of every top-level DashboardItem, in scene order.
     QList<DashboardWidget *> dashboardWidgets() const;
-    /// Those whose typeName() equals `typeName` (e.g. "TrendPlot").
-    QList<DashboardWidget *> widgetsOfType(const QString &typeName) const;
     /// Widgets bound to `name` (cached index).
     QList<DashboardWidget *> widgetsForSignal(const QString &name);
     QList<StateIndicatorWidget *> stateIndicators();
