@@ -1,11 +1,13 @@
 #pragma once
 
+#include "Ombrix.h"
 #include "UserPrompts.h"
 
 #include <QList>
-#include <QPair>
 #include <QString>
 #include <QStringList>
+
+#include <memory>
 
 // Answers the window's dialogs from queues and records what was shown, so
 // that tests never block in a modal loop.
@@ -18,6 +20,15 @@ public:
         QString text;
     };
 
+    // Installs a fresh instance on the window; the window owns it.
+    static ScriptedPrompts *installOn(Ombrix &window)
+    {
+        auto prompts = std::make_unique<ScriptedPrompts>();
+        ScriptedPrompts *installed = prompts.get();
+        window.setPrompts(std::move(prompts));
+        return installed;
+    }
+
     QList<Shown> warnings;
     QList<Shown> informations;
     QStringList captions;      // every file or folder dialog, in order
@@ -25,10 +36,7 @@ public:
     QList<bool> introAnswers;  // answers to the intro dialog; none left = cancel
     int introShown = 0;
 
-    void warning(QWidget *, const QString &title, const QString &text) override
-    {
-        warnings.append({title, text});
-    }
+    void warning(QWidget *, const QString &title, const QString &text) override { warnings.append({title, text}); }
     void information(QWidget *, const QString &title, const QString &text) override
     {
         informations.append({title, text});
@@ -41,16 +49,14 @@ public:
     {
         return answer(caption);
     }
-    QString existingDirectory(QWidget *, const QString &caption, const QString &) override
-    {
-        return answer(caption);
-    }
+    QString existingDirectory(QWidget *, const QString &caption, const QString &) override { return answer(caption); }
     bool acceptProjectIntro(QWidget *) override
     {
         ++introShown;
         return introAnswers.isEmpty() ? false : introAnswers.takeFirst();
     }
 
+    // "title: text" of every warning, in order.
     QStringList warningTexts() const
     {
         QStringList texts;

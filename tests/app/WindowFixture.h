@@ -49,9 +49,7 @@ struct WindowFixture
         project = root.filePath(QStringLiteral("project"));
         writeFile(project + QStringLiteral("/dashboard_signals.def"), definitions());
         window = std::make_unique<Ombrix>();
-        auto scripted = std::make_unique<ScriptedPrompts>();
-        prompts = scripted.get();
-        window->setPrompts(std::move(scripted));
+        prompts = ScriptedPrompts::installOn(*window);
         window->setProjectDir(project);
         window->resize(1280, 800);
     }
