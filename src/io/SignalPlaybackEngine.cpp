@@ -112,7 +112,7 @@ void SignalPlaybackEngine::start()
     const double firstDt = count >= 2 ? m_frames.timeAt(1) - m_frames.timeAt(0) : -1.0;
     qDebug() << "[Playback] frames:" << count << "maxTimestamp:" << m_maxTimestamp
              << "playbackRate:" << m_playbackRate << "first dt:" << firstDt;
-    if (m_index >= 0 && m_index < count && m_frames.timeAt(m_index) >= m_currentTime)
+    if (m_index < count && m_frames.timeAt(m_index) >= m_currentTime)
         Q_EMIT signalValuesUpdatedAt(m_frames.timeAt(m_index), m_frames.valuesAt(m_index));
     restartClock();
     m_lastElapsed = 0;
@@ -141,7 +141,8 @@ void SignalPlaybackEngine::reset()
     m_playTime = 0.0;
     beginRun(0.0);
     m_clock.invalidate();
-    // Still playing: the clock restarts so that the next tick steps normally.
+    // Still playing: an invalid clock would stop the ticks from advancing, so
+    // it restarts and the next tick steps normally from 0.
     if (isPlaying()) {
         restartClock();
         m_lastElapsed = 0;
@@ -194,38 +195,45 @@ void SignalPlaybackEngine::emitFrame(int frame)
 
     const QStringList &words = m_frames.words();
     const auto &states = m_frames.stateEntries();
-    for (int i = Recording::countUpTo(states, frame - 1); i < states.size() && states.at(i).frame == frame; ++i)
+    for (int i = Recording::countUpTo(states, frame - 1), end = Recording::countUpTo(states, frame); i < end; ++i)
         Q_EMIT stateEvent(t, words.at(states.at(i).group), words.at(states.at(i).state));
-    const auto &errors = m_frames.errorEntries();
-    for (int i = Recording::countUpTo(errors, frame - 1); i < errors.size() && errors.at(i).frame == frame; ++i)
-        Q_EMIT errorEvent(t, words.at(errors.at(i).id));
-    const QStringList &texts = m_frames.messages();
-    const auto &messages = m_frames.messageEntries();
-    for (int i = Recording::countUpTo(messages, frame - 1); i < messages.size() && messages.at(i).frame == frame; ++i)
-        Q_EMIT messageEvent(t, texts.at(messages.at(i).id));
+    emitEvents(m_frames.errorEntries(), words, frame, frame, &SignalPlaybackEngine::errorEvent);
+    emitEvents(m_frames.messageEntries(), m_frames.messages(), frame, frame, &SignalPlaybackEngine::messageEvent);
+}
+
+void SignalPlaybackEngine::emitEvents(const QList<Recording::IdEntry> &entries, const QStringList &texts,
+                                      int firstFrame, int lastFrame, EventSignal signal)
+{
+    const int end = Recording::countUpTo(entries, lastFrame);
+    for (int i = Recording::countUpTo(entries, firstFrame - 1); i < end; ++i)
+        Q_EMIT (this->*signal)(m_frames.timeAt(entries.at(i).frame), texts.at(entries.at(i).id));
 }
 
 void SignalPlaybackEngine::seek(double tSec)
 {
     if (std::isnan(tSec))
         return;
-    const int count = m_frames.frameCount();
     m_index = m_frames.indexAtOrAfter(tSec);
     if (!isPlaying())
         emitPreviewHistory(tSec);
     m_currentTime = tSec;
-    // A running clock continues from the new position.
+    // The play clock moves too: left behind, the next tick would either wait
+    // for it to catch up or replay every frame between it and the new
+    // position, and the consoles would no longer end at tSec.
     if (isPlaying()) {
         m_playTime = tSec;
         beginRun(tSec);
     }
 
-    const int last = std::max(0, m_index - 1);
-    if (count > 0)
+    // -1: no frame, nothing in force but the cleared known groups.
+    const int last = m_frames.isEmpty() ? -1 : std::max(0, m_index - 1);
+    if (last >= 0)
         Q_EMIT signalValuesUpdated(m_frames.valuesAt(last));
-    announceStatesUpTo(count > 0 ? last : -1);
-    announceErrorsUpTo(count > 0 ? last : -1);
-    announceMessagesUpTo(count > 0 ? last : -1);
+    announceStatesUpTo(last);
+    Q_EMIT errorReset();
+    emitEvents(m_frames.errorEntries(), m_frames.words(), 0, last, &SignalPlaybackEngine::errorEvent);
+    Q_EMIT messageReset();
+    emitEvents(m_frames.messageEntries(), m_frames.messages(), 0, last, &SignalPlaybackEngine::messageEvent);
 }
 
 void SignalPlaybackEngine::emitPreviewHistory(double tSec)
@@ -258,28 +266,4 @@ void SignalPlaybackEngine::announceStatesUpTo(int last)
     }
     for (auto it = inForce.cbegin(); it != inForce.cend(); ++it)
         Q_EMIT stateEvent(t, it.key(), it.value());
-}
-
-void SignalPlaybackEngine::announceErrorsUpTo(int last)
-{
-    Q_EMIT errorReset();
-    if (last < 0)
-        return;
-    const QStringList &words = m_frames.words();
-    const auto &errors = m_frames.errorEntries();
-    const int end = Recording::countUpTo(errors, last);
-    for (int i = 0; i < end; ++i)
-        Q_EMIT errorEvent(m_frames.timeAt(errors.at(i).frame), words.at(errors.at(i).id));
-}
-
-void SignalPlaybackEngine::announceMessagesUpTo(int last)
-{
-    Q_EMIT messageReset();
-    if (last < 0)
-        return;
-    const QStringList &texts = m_frames.messages();
-    const auto &messages = m_frames.messageEntries();
-    const int end = Recording::countUpTo(messages, last);
-    for (int i = 0; i < end; ++i)
-        Q_EMIT messageEvent(m_frames.timeAt(messages.at(i).frame), texts.at(messages.at(i).id));
 }

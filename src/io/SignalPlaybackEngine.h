@@ -71,7 +71,6 @@ public:
     double previewWindow() const { return m_previewWindow; }
     /// Groups whose indicators a seek clears when no frame has set them yet.
     void setKnownGroups(const QStringList &groups);
-    QStringList knownGroups() const { return m_knownGroups; }
 
     /// The engine moves the slider to steps x playTime / duration as time
     /// advances; the slider is not owned. Null unbinds.
@@ -105,8 +104,10 @@ private:
     void emitFrame(int frame);
     void emitPreviewHistory(double tSec);
     void announceStatesUpTo(int last);
-    void announceErrorsUpTo(int last);
-    void announceMessagesUpTo(int last);
+    using EventSignal = void (SignalPlaybackEngine::*)(double, const QString &);
+    // One signal per entry of frames firstFrame .. lastFrame, with its frame's time.
+    void emitEvents(const QList<Recording::IdEntry> &entries, const QStringList &texts, int firstFrame,
+                    int lastFrame, EventSignal signal);
     void restartClock();
     qint64 clockReading() const;
     void updateSlider();
