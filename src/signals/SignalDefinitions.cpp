@@ -28,6 +28,26 @@ const Patterns &patterns()
     return p;
 }
 
+// Linear search in file order: the first record of that name.
+template <typename Record>
+std::optional<Record> firstNamed(const QList<Record> &records, const QString &name)
+{
+    for (const Record &record : records) {
+        if (record.name == name)
+            return record;
+    }
+    return std::nullopt;
+}
+
+template <typename Key, typename Record>
+std::optional<Record> indexed(const QMap<Key, int> &index, const QList<Record> &records, const Key &key)
+{
+    const auto it = index.constFind(key);
+    if (it == index.cend())
+        return std::nullopt;
+    return records.at(*it);
+}
+
 } // namespace
 
 SignalDefinitions::SignalDefinitions(const QString &path)
@@ -35,25 +55,9 @@ SignalDefinitions::SignalDefinitions(const QString &path)
     load(path);
 }
 
-void SignalDefinitions::clear()
-{
-    m_lastError.clear();
-    m_mappings.clear();
-    m_signals.clear();
-    m_mappingByName.clear();
-    m_stateGroups.clear();
-    m_states.clear();
-    m_groupIndex.clear();
-    m_statesByGroup.clear();
-    m_stateIndex.clear();
-    m_errors.clear();
-    m_errorIndexByName.clear();
-    m_errorIndexByCode.clear();
-}
-
 bool SignalDefinitions::load(const QString &path)
 {
-    clear();
+    *this = SignalDefinitions();
     m_path = path;
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
@@ -106,53 +110,33 @@ void SignalDefinitions::addStateGroup(const QString &id, const QString &label)
 
 std::optional<SignalDef> SignalDefinitions::signalFor(const QString &name) const
 {
-    for (const SignalDef &def : m_signals) {
-        if (def.name == name)
-            return def;
-    }
-    return std::nullopt;
+    return firstNamed(m_signals, name);
 }
 
 std::optional<SignalMapping> SignalDefinitions::mappingFor(const QString &name) const
 {
     // The first line wins here, while mappingByName() holds the last one.
-    for (const SignalMapping &mapping : m_mappings) {
-        if (mapping.name == name)
-            return mapping;
-    }
-    return std::nullopt;
+    return firstNamed(m_mappings, name);
 }
 
 std::optional<StateGroupDef> SignalDefinitions::stateGroupFor(const QString &groupId) const
 {
-    const auto it = m_groupIndex.constFind(groupId);
-    if (it == m_groupIndex.cend())
-        return std::nullopt;
-    return m_stateGroups.at(*it);
+    return indexed(m_groupIndex, m_stateGroups, groupId);
 }
 
 std::optional<StateDef> SignalDefinitions::stateFor(const QString &groupId, const QString &stateId) const
 {
-    const auto it = m_stateIndex.constFind(stateKey(groupId, stateId));
-    if (it == m_stateIndex.cend())
-        return std::nullopt;
-    return m_states.at(*it);
+    return indexed(m_stateIndex, m_states, stateKey(groupId, stateId));
 }
 
 std::optional<ErrorDef> SignalDefinitions::errorFor(const QString &name) const
 {
-    const auto it = m_errorIndexByName.constFind(name);
-    if (it == m_errorIndexByName.cend())
-        return std::nullopt;
-    return m_errors.at(*it);
+    return indexed(m_errorIndexByName, m_errors, name);
 }
 
 std::optional<ErrorDef> SignalDefinitions::errorForCode(int code) const
 {
-    const auto it = m_errorIndexByCode.constFind(code);
-    if (it == m_errorIndexByCode.cend())
-        return std::nullopt;
-    return m_errors.at(*it);
+    return indexed(m_errorIndexByCode, m_errors, code);
 }
 
 QStringList SignalDefinitions::stateGroupIds() const

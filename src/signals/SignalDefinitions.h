@@ -92,7 +92,6 @@ public:
     const QList<ErrorDef> &errors() const { return m_errors; }
 
 private:
-    void clear();
     void parseLine(const QString &line);
     void addStateGroup(const QString &id, const QString &label);
 
