@@ -3,6 +3,11 @@
 namespace {
 constexpr qsizetype ChunkChars = 256 * 1024;
 constexpr qint64 ReportEvery = 4096;
+
+QString writeErrorText(const QSaveFile &file)
+{
+    return QStringLiteral("Could not write the file: %1").arg(file.errorString());
+}
 } // namespace
 
 CsvFileWriter::CsvFileWriter(const QString &path, const Recording::Progress &progress)
@@ -37,7 +42,7 @@ bool CsvFileWriter::commit(QString &chunk, qint64 total, QString *error)
     if (m_file.commit())
         return true;
     if (error)
-        *error = QStringLiteral("Could not write the file: %1").arg(m_file.errorString());
+        *error = writeErrorText(m_file);
     return false;
 }
 
@@ -47,7 +52,7 @@ bool CsvFileWriter::write(QString &chunk, QString *error)
     chunk.clear();
     if (m_file.write(bytes) == bytes.size())
         return true;
-    return fail(QStringLiteral("Could not write the file: %1").arg(m_file.errorString()), error);
+    return fail(writeErrorText(m_file), error);
 }
 
 bool CsvFileWriter::report(qint64 done, qint64 total, QString *error)

@@ -115,13 +115,16 @@ void RecordingWriter::flush()
     m_sinceFlush.restart();
 }
 
-void RecordingWriter::beginLine(double t)
+bool RecordingWriter::beginLine(double t)
 {
+    if (!m_file)
+        return false;
     if (!m_originSet) {
         m_origin = t;
         m_originSet = true;
     }
     m_buffer += QByteArray::number(t - m_origin, 'f', 6);
+    return true;
 }
 
 void RecordingWriter::endLine()
@@ -134,51 +137,35 @@ void RecordingWriter::endLine()
 
 void RecordingWriter::appendValues(double t, const QMap<QString, double> &values)
 {
-    if (!m_file)
+    if (!beginLine(t))
         return;
-    beginLine(t);
-    for (auto it = values.cbegin(); it != values.cend(); ++it) {
-        m_buffer += ' ';
-        m_buffer += it.key().toUtf8();
-        m_buffer += '=';
-        m_buffer += QByteArray::number(it.value(), 'g', 12);
-    }
+    for (auto it = values.cbegin(); it != values.cend(); ++it)
+        m_buffer += ' ' % it.key().toUtf8() % '=' % QByteArray::number(it.value(), 'g', 12);
     endLine();
 }
 
 void RecordingWriter::appendState(double t, const QString &group, const QString &state)
 {
-    if (!m_file)
+    if (!beginLine(t))
         return;
-    beginLine(t);
-    m_buffer += " ST_";
-    m_buffer += group.toUtf8();
-    m_buffer += '=';
-    m_buffer += state.toUtf8();
+    m_buffer += " ST_" % group.toUtf8() % '=' % state.toUtf8();
     endLine();
 }
 
 void RecordingWriter::appendError(double t, const QString &id)
 {
-    if (!m_file)
+    if (!beginLine(t))
         return;
-    beginLine(t);
-    m_buffer += " ERR=";
-    m_buffer += id.toUtf8();
+    m_buffer += " ERR=" % id.toUtf8();
     endLine();
 }
 
 void RecordingWriter::appendMessage(double t, const QString &text)
 {
-    if (!m_file)
+    if (!beginLine(t))
         return;
-    beginLine(t);
-    m_buffer += " RAW";
     // A line break inside the text would end the line early.
-    if (text.contains(QLatin1Char('\n')) || text.contains(QLatin1Char('\r')))
-        m_buffer += QString(text).replace(QLatin1Char('\n'), QLatin1Char(' ')).replace(QLatin1Char('\r'), QLatin1Char(' ')).toUtf8();
-    else
-        m_buffer += text.toUtf8();
+    m_buffer += " RAW" % text.toUtf8().replace('\n', ' ').replace('\r', ' ');
     endLine();
 }
 

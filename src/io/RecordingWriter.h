@@ -75,7 +75,8 @@ Q_SIGNALS:
 private:
     QString uniquePathIn(const QString &dir) const;
     void copyDefinitions(const QString &definitionsPath);
-    void beginLine(double t);
+    // Starts a line with its time; false (and nothing written) when not recording.
+    bool beginLine(double t);
     void endLine();
 
     std::unique_ptr<QFile> m_file;

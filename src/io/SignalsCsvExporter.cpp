@@ -44,11 +44,11 @@ public:
         }
     }
 
-    // True when the frame set any chosen signal.
-    bool take(const PlaybackFrame &frame)
+    // True when the values set any chosen signal.
+    bool take(const QMap<QString, double> &values)
     {
         bool changed = false;
-        for (auto it = frame.values.cbegin(); it != frame.values.cend(); ++it) {
+        for (auto it = values.cbegin(); it != values.cend(); ++it) {
             const auto column = m_column.constFind(it.key());
             if (column == m_column.cend())
                 continue;
@@ -79,9 +79,8 @@ bool writeRecordedTimes(CsvFileWriter &writer, QString &chunk, const Recording &
 {
     const int count = recording.frameCount();
     for (int i = 0; i < count; ++i) {
-        const PlaybackFrame frame = recording.frameAt(i);
-        if (latest.take(frame))
-            latest.appendRow(chunk, frame.t);
+        if (latest.take(recording.valuesAt(i)))
+            latest.appendRow(chunk, recording.timeAt(i));
         if (!writer.flushChunk(chunk, i + 1, count, error))
             return false;
     }
@@ -97,7 +96,7 @@ bool writeSamples(CsvFileWriter &writer, QString &chunk, const Recording &record
     for (qint64 i = 0; i < samples; ++i) {
         const double t = double(i) / rateHz;
         while (next < count && recording.timeAt(next) <= t + TimeTolerance)
-            latest.take(recording.frameAt(next++));
+            latest.take(recording.valuesAt(next++));
         latest.appendRow(chunk, t);
         if (!writer.flushChunk(chunk, i + 1, samples, error))
             return false;
