@@ -15,20 +15,18 @@ class TestDeviceSimulator : public QObject
 
 private Q_SLOTS:
     void initTestCase();
-
     void linesFollowTheGrammar();
     void sameSeedSameLines();
-    void statesCycleThroughEveryState();
-    void errorsAndMessagesAreOccasional();
+    void statesCycleAndEventsAreOccasional();
     void mappedValuesLookPhysical_data();
     void mappedValuesLookPhysical();
-    void rawCountsAreWholeAdcNumbers();
     void timestampsFollowTheLineInterval();
     void sparseDefinitionsStillGiveLines_data();
     void sparseDefinitionsStillGiveLines();
 
 private:
-    QList<ParsedLine> parsedLines(DeviceSimulator &simulator, int count);
+    // The next count lines, each checked to be one whole line; empty on a fault.
+    static QList<ParsedLine> parsedLines(DeviceSimulator &simulator, int count);
 
     SignalDefinitions m_demo;
 };
@@ -44,18 +42,17 @@ QList<ParsedLine> TestDeviceSimulator::parsedLines(DeviceSimulator &simulator, i
     QList<ParsedLine> lines;
     for (int i = 0; i < count; ++i) {
         const QByteArray bytes = simulator.nextLine();
-        if (!bytes.endsWith('\n') || bytes.count('\n') != 1)
-            return {};
         ParsedLine parsed;
-        if (!LineParser::parse(QString::fromUtf8(bytes).trimmed(), 0.0, parsed))
+        if (!bytes.endsWith('\n') || bytes.count('\n') != 1
+            || !LineParser::parse(QString::fromUtf8(bytes).trimmed(), 0.0, parsed))
             return {};
         lines.append(parsed);
     }
     return lines;
 }
 
-// Every token is a declared signal's value, a declared state, a declared
-// error or a word of one of the device's messages.
+// Every token is a declared signal's value (raw ADC counts where a mapping
+// exists), a declared state, a declared error or a word of a message.
 void TestDeviceSimulator::linesFollowTheGrammar()
 {
     DeviceSimulator simulator(m_demo, 5);
@@ -67,15 +64,17 @@ void TestDeviceSimulator::linesFollowTheGrammar()
     const QList<ParsedLine> lines = parsedLines(simulator, 6000);
     QCOMPARE(lines.size(), 6000);
     for (const ParsedLine &line : lines) {
-        QVERIFY2(!line.ownTimestamp, qPrintable(line.line));
-        QCOMPARE(line.values.size(), m_demo.signals().size());
+        QVERIFY2(!line.ownTimestamp && line.values.size() == m_demo.signals().size(), qPrintable(line.line));
         for (auto it = line.values.cbegin(); it != line.values.cend(); ++it)
             QVERIFY2(m_demo.signalFor(it.key()) && std::isfinite(it.value()), qPrintable(line.line));
+        for (const SignalMapping &mapping : m_demo.mappings()) {
+            const double raw = line.values.value(mapping.name);
+            QVERIFY2(raw == std::floor(raw) && raw >= 0 && raw <= 4095, qPrintable(line.line));
+        }
         for (const LineEvent &event : line.events) {
-            if (event.kind == LineEvent::State)
-                QVERIFY2(m_demo.stateFor(event.groupId, event.id), qPrintable(line.line));
-            else
-                QVERIFY2(m_demo.errorFor(event.id), qPrintable(line.line));
+            const bool declared = event.kind == LineEvent::State ? bool(m_demo.stateFor(event.groupId, event.id))
+                                                                 : bool(m_demo.errorFor(event.id));
+            QVERIFY2(declared, qPrintable(line.line));
         }
         for (const QString &word : line.unrecognized)
             QVERIFY2(messageWords.contains(word), qPrintable(line.line));
@@ -87,54 +86,42 @@ void TestDeviceSimulator::sameSeedSameLines()
     DeviceSimulator first(m_demo, 11);
     DeviceSimulator second(m_demo, 11);
     DeviceSimulator other(m_demo, 12);
-    QByteArray a;
-    QByteArray b;
-    QByteArray c;
+    QByteArray a, b, c;
     first.appendLines(a, 2000);
     second.appendLines(b, 2000);
     other.appendLines(c, 2000);
     QCOMPARE(a, b);
     QVERIFY(a != c);
-    QCOMPARE(first.lineCount(), 2000);
 }
 
-void TestDeviceSimulator::statesCycleThroughEveryState()
-{
-    DeviceSimulator simulator(m_demo, 3);
-    QMap<QString, QStringList> seen; // group -> states in the order they came
-    for (const ParsedLine &line : parsedLines(simulator, 50 * 180)) {
-        for (const LineEvent &event : line.events) {
-            QStringList &states = seen[event.groupId];
-            if (event.kind == LineEvent::State && (states.isEmpty() || states.last() != event.id))
-                states.append(event.id);
-        }
-    }
-    for (const StateGroupDef &group : m_demo.stateGroups()) {
-        QStringList declared;
-        for (const StateDef &state : m_demo.statesOf(group.id))
-            declared.append(state.stateId);
-        const QStringList &states = seen.value(group.id);
-        QVERIFY2(states.size() > declared.size(), qPrintable(group.id));
-        for (int i = 0; i < states.size(); ++i)
-            QCOMPARE(states.at(i), declared.at(i % declared.size())); // cycling in declared order
-    }
-}
-
-void TestDeviceSimulator::errorsAndMessagesAreOccasional()
+// Five minutes at 50 lines/s: each group cycles through its states in
+// declared order; errors and messages come now and then, not on every line.
+void TestDeviceSimulator::statesCycleAndEventsAreOccasional()
 {
     DeviceSimulator simulator(m_demo, 4);
     const int count = 50 * 300;
+    QMap<QString, QStringList> seen; // group -> states in the order they came
     int errors = 0;
     int messages = 0;
     for (const ParsedLine &line : parsedLines(simulator, count)) {
-        for (const LineEvent &event : line.events)
-            errors += event.kind == LineEvent::Error;
+        for (const LineEvent &event : line.events) {
+            QStringList &states = seen[event.groupId];
+            if (event.kind == LineEvent::Error)
+                ++errors;
+            else if (states.isEmpty() || states.last() != event.id)
+                states.append(event.id);
+        }
         messages += !line.unrecognized.isEmpty();
     }
-    QVERIFY(errors >= 5);
-    QVERIFY(messages >= 5);
-    QVERIFY(errors < count / 50);
-    QVERIFY(messages < count / 50);
+    for (const StateGroupDef &group : m_demo.stateGroups()) {
+        const QList<StateDef> declared = m_demo.statesOf(group.id);
+        const QStringList &states = seen.value(group.id);
+        QVERIFY2(states.size() > declared.size(), qPrintable(group.id));
+        for (int i = 0; i < states.size(); ++i)
+            QCOMPARE(states.at(i), declared.at(i % declared.size()).stateId);
+    }
+    QVERIFY(errors >= 5 && errors < count / 50);
+    QVERIFY(messages >= 5 && messages < count / 50);
 }
 
 void TestDeviceSimulator::mappedValuesLookPhysical_data()
@@ -149,7 +136,6 @@ void TestDeviceSimulator::mappedValuesLookPhysical_data()
     QTest::newRow("bus voltage") << "BUS_V" << 280.0 << 380.0 << 3.0;
     QTest::newRow("winding temperature") << "WINDING_T" << 20.0 << 120.0 << 2.0;
     QTest::newRow("supply pressure") << "SUPPLY_P" << 2.0 << 8.0 << 0.2;
-    QTest::newRow("coolant flow") << "COOLANT_FLOW" << 5.0 << 30.0 << 1.0;
 }
 
 void TestDeviceSimulator::mappedValuesLookPhysical()
@@ -162,23 +148,11 @@ void TestDeviceSimulator::mappedValuesLookPhysical()
     DeviceSimulator simulator(m_demo, 8);
     double previous = qQNaN();
     for (const ParsedLine &line : parsedLines(simulator, 50 * 200)) {
-        QVERIFY(line.values.contains(signal));
-        const double value = m_demo.mapped(signal, line.values.value(signal));
+        const double value = m_demo.mapped(signal, line.values.value(signal, qQNaN()));
         QVERIFY2(value >= low && value <= high, qPrintable(QString::number(value)));
         if (!std::isnan(previous))
             QVERIFY2(std::fabs(value - previous) <= largestStep, qPrintable(QString::number(value - previous)));
         previous = value;
-    }
-}
-
-void TestDeviceSimulator::rawCountsAreWholeAdcNumbers()
-{
-    DeviceSimulator simulator(m_demo, 9);
-    for (const ParsedLine &line : parsedLines(simulator, 2000)) {
-        for (const SignalMapping &mapping : m_demo.mappings()) {
-            const double raw = line.values.value(mapping.name);
-            QVERIFY2(raw == std::floor(raw) && raw >= 0 && raw <= 4095, qPrintable(line.line));
-        }
     }
 }
 
@@ -193,7 +167,6 @@ void TestDeviceSimulator::timestampsFollowTheLineInterval()
         QVERIFY(lines.at(i).ownTimestamp);
         QCOMPARE(lines.at(i).timestamp, i * 0.25);
     }
-    QCOMPARE(simulator.deviceTime(), 10.0);
 }
 
 void TestDeviceSimulator::sparseDefinitionsStillGiveLines_data()
@@ -202,8 +175,7 @@ void TestDeviceSimulator::sparseDefinitionsStillGiveLines_data()
     QTest::newRow("empty") << QByteArray();
     QTest::newRow("states only") << QByteArray("DASHBOARD_STATE(MODE, RUN, \"Run\")\n");
     QTest::newRow("errors only") << QByteArray("DASHBOARD_ERROR(E1, 1, \"One\")\n");
-    QTest::newRow("signal with zero scale")
-        << QByteArray("DASHBOARD_SIGNAL(A, \"A\", float)\nDASHBOARD_MAPPING(A, 1, 0)\n");
+    QTest::newRow("signal with zero scale") << QByteArray("DASHBOARD_SIGNAL(A, \"A\", float)\nDASHBOARD_MAPPING(A, 1, 0)\n");
 }
 
 void TestDeviceSimulator::sparseDefinitionsStillGiveLines()
@@ -211,8 +183,7 @@ void TestDeviceSimulator::sparseDefinitionsStillGiveLines()
     QFETCH(QByteArray, definitions);
     QTemporaryDir dir;
     QFile file(dir.filePath(QStringLiteral("dashboard_signals.def")));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(definitions);
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(definitions) == definitions.size());
     file.close();
     SignalDefinitions defs;
     QVERIFY(defs.load(file.fileName()));
@@ -220,8 +191,8 @@ void TestDeviceSimulator::sparseDefinitionsStillGiveLines()
     const QList<ParsedLine> lines = parsedLines(simulator, 500);
     QCOMPARE(lines.size(), 500);
     for (const ParsedLine &line : lines) {
-        for (auto it = line.values.cbegin(); it != line.values.cend(); ++it)
-            QVERIFY(std::isfinite(it.value()));
+        for (const double value : line.values)
+            QVERIFY(std::isfinite(value));
     }
 }
 
