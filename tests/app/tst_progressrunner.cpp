@@ -8,15 +8,10 @@ class TestProgressRunner : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void cleanup() { QTRY_VERIFY(QApplication::topLevelWidgets().isEmpty()); }
     void quickWorkShowsNothing();
     void cancelStopsTheWork();
-    void cleanup();
 };
-
-void TestProgressRunner::cleanup()
-{
-    QTRY_VERIFY(QApplication::topLevelWidgets().isEmpty());
-}
 
 void TestProgressRunner::quickWorkShowsNothing()
 {
@@ -26,7 +21,6 @@ void TestProgressRunner::quickWorkShowsNothing()
     const auto progress = runner.callback();
     for (qint64 i = 0; i <= 100; ++i)
         QVERIFY(progress(i, 100));
-    QVERIFY(!runner.isDialogShown());
     QVERIFY(!window.findChild<QProgressDialog *>());
 }
 
@@ -40,15 +34,12 @@ void TestProgressRunner::cancelStopsTheWork()
     runner.setShowDelay(0);
     const auto progress = runner.callback();
     QVERIFY(progress(10, 100));
-    QVERIFY(runner.isDialogShown());
     auto *dialog = window.findChild<QProgressDialog *>();
     QVERIFY(dialog);
     QCOMPARE(dialog->labelText(), QStringLiteral("Exporting"));
-
     dialog->cancel();
     QVERIFY(!progress(20, 100));
     QVERIFY(runner.wasCancelled());
-    QVERIFY(!progress(30, 100));
 }
 
 QTEST_MAIN(TestProgressRunner)
