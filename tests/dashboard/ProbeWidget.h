@@ -22,7 +22,7 @@ public:
     }
 
     QSize sizeHint() const override { return hint; }
-    void setValue(double value) override { lastValue = value; }
+    void setValue(double) override {}
     QString typeName() const override { return typeId(); }
     bool supportsMultipleSignals() const override { return multiple; }
     bool usesSignals() const override { return signalsUsed; }
@@ -54,7 +54,6 @@ public:
     bool multiple = false;
     bool signalsUsed = true;
     int threshold = 5;
-    double lastValue = 0.0;
     int presses = 0;
     QPointer<QSpinBox> thresholdEdit;
 

@@ -31,13 +31,6 @@ private Q_SLOTS:
         QCOMPARE(widget.primarySignal(), expected.value(0)); // empty, never failing, when unbound
         QCOMPARE(widget.saveConfig().value(QLatin1String("signals")).toArray(), QJsonArray::fromStringList(expected));
     }
-
-    void valuesReachSetValueThroughTheForwardingChain()
-    {
-        ProbeWidget widget;
-        widget.setValueForSignalAt(QStringLiteral("any"), 42.5, 10.0);
-        QCOMPARE(widget.lastValue, 42.5);
-    }
 };
 
 QTEST_MAIN(TestDashboardWidget)

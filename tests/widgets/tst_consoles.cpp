@@ -37,27 +37,19 @@ private Q_SLOTS:
 
     void oldestLinesLeaveFirstAtMaxLines()
     {
-        MessagesConsoleWidget console;
-        console.setMaxLines(50);
-        append(console, 1, 51);
-        QCOMPARE(console.lines(), numbered(2, 51));
-        console.appendMessage(52, QStringLiteral("two\nparts")); // stays one line
-        QCOMPARE(console.lines().last(), QStringLiteral("[52.000] two parts"));
-        QCOMPARE(console.textView()->document()->blockCount(), 50);
-    }
-
-    void viewMatchesTheKeptLinesAcrossBatches()
-    {
         // Small and large batches take both ways of updating the view:
-        // appending with a cut at the top, and rewriting.
+        // appending with a cut at the top, and rewriting. The 51st line removes the first.
         MessagesConsoleWidget console;
         console.setMaxLines(50);
         int next = 1;
-        for (int batch : {1, 7, 30, 2, 60, 1, 24, 25, 26, 3, 500, 49, 1}) {
+        for (int batch : {50, 1, 7, 30, 2, 60, 1, 24, 25, 26, 3, 500, 49, 1}) {
             append(console, next, next + batch - 1);
             next += batch;
             QCOMPARE(console.text(), numbered(std::max(1, next - 50), next - 1).join(QLatin1Char('\n')));
         }
+        console.appendMessage(next, QStringLiteral("two\nparts")); // stays one line
+        QCOMPARE(console.lines().last(), QStringLiteral("[%1.000] two parts").arg(next));
+        QCOMPARE(console.textView()->document()->blockCount(), 50);
     }
 
     void viewUpdatesByItselfAfterABurst()

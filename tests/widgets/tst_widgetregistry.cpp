@@ -57,17 +57,17 @@ private Q_SLOTS:
         QVERIFY(image.width() >= 48 && image.height() >= 48);
         // Drawn, not blank: a fair share of opaque pixels in more than one colour.
         QSet<QRgb> colours;
-        int visible = 0;
+        int opaque = 0;
         for (int y = 0; y < image.height(); ++y) {
             for (int x = 0; x < image.width(); ++x) {
                 const QRgb pixel = image.pixel(x, y);
                 if (qAlpha(pixel) > 200) {
-                    ++visible;
+                    ++opaque;
                     colours.insert(pixel & 0xffffff);
                 }
             }
         }
-        QVERIFY(visible > image.width() * image.height() / 10);
+        QVERIFY(opaque > image.width() * image.height() / 10);
         QVERIFY(colours.size() > 1);
     }
 };
