@@ -1,92 +1,50 @@
+#include "CliRun.h"
 #include "EventsCsvExporter.h"
 #include "Recording.h"
 #include "SignalDefinitions.h"
 #include "SignalsCsvExporter.h"
 
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 
 namespace {
 
-QString cliPath()
-{
-    const QString fromEnv = qEnvironmentVariable("OMBRIX_CLI");
-    return fromEnv.isEmpty() ? QStringLiteral(OMBRIX_BINARY_DIR "/ombrix-cli") : fromEnv;
-}
+const QByteArray RecordingText = "0.000000 RPM=1000 TEMP=20.5\n"
+                                 "0.000000 ST_MODE=IDLE\n"
+                                 "0.250000 RPM=1500\n"
+                                 "0.250000 ERR=E_HOT\n"
+                                 "0.500000 RAWhello \"bench\", one\n"
+                                 "0.750000 RPM=900 TEMP=-3.25\n"
+                                 "0.750000 ST_MODE=RUN\n"
+                                 "1.000000 TEMP=22\n";
 
-QByteArray readAll(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
-
-struct Run
-{
-    int exitCode = -1;
-    QByteArray out;
-    QByteArray err;
-};
-
-Run runCli(const QStringList &args)
-{
-    QProcess process;
-    process.start(cliPath(), args);
-    Run run;
-    if (!process.waitForFinished(30000)) {
-        process.kill();
-        process.waitForFinished();
-        return run;
-    }
-    run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    run.out = process.readAllStandardOutput();
-    run.err = process.readAllStandardError();
-    return run;
-}
-
-const QByteArray RecordingText =
-    "0.000000 RPM=1000 TEMP=20.5\n"
-    "0.000000 ST_MODE=IDLE\n"
-    "0.250000 RPM=1500\n"
-    "0.250000 ERR=E_HOT\n"
-    "0.500000 RAWhello \"bench\", one\n"
-    "0.750000 RPM=900 TEMP=-3.25\n"
-    "0.750000 ST_MODE=RUN\n"
-    "1.000000 TEMP=22\n";
-
-const QByteArray Definitions =
-    "DASHBOARD_MAPPING(RPM, 0, 0.1)\n"
-    "DASHBOARD_SIGNAL(RPM, \"Engine speed\", float)\n"
-    "DASHBOARD_STATE(MODE, RUN, \"Running\")\n"
-    "DASHBOARD_ERROR(E_HOT, 7, \"Too hot\")\n";
+const QByteArray Definitions = "DASHBOARD_MAPPING(RPM, 0, 0.1)\n"
+                               "DASHBOARD_SIGNAL(RPM, \"Engine speed\", float)\n"
+                               "DASHBOARD_STATE(MODE, RUN, \"Running\")\n"
+                               "DASHBOARD_ERROR(E_HOT, 7, \"Too hot\")\n";
 
 } // namespace
 
+// info, export-signals and export-events, and the argument checks of every command.
 class TestCliExport : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void initTestCase();
-
     void infoSummarisesTheRecording();
-    void exportSignalsMatchesTheExporter_data();
-    void exportSignalsMatchesTheExporter();
-    void exportEventsMatchesTheExporter_data();
-    void exportEventsMatchesTheExporter();
+    void exportsEqualTheWindowExporters_data();
+    void exportsEqualTheWindowExporters();
+    void helpGoesToStdout();
     void badArgumentsExitWithUsage_data();
     void badArgumentsExitWithUsage();
-    void unknownSignalIsOneLine();
-    void unwritableOutputFails();
+    void failedExportsAreOneLine_data();
+    void failedExportsAreOneLine();
 
 private:
+    QStringList withPaths(QStringList args) const;
+
     QTemporaryDir m_dir;
     QString m_rec;
     QString m_otherDefs;
@@ -95,170 +53,154 @@ private:
 
 void TestCliExport::initTestCase()
 {
-    QVERIFY(QFile::exists(cliPath()));
+    QVERIFY2(QFile::exists(CliRun::program()), "OMBRIX_CLI must name the ombrix-cli binary");
     m_rec = m_dir.filePath(QStringLiteral("log_20240101_120000.rec"));
+    m_otherDefs = m_dir.filePath(QStringLiteral("other.def"));
     QVERIFY(writeFile(m_rec, RecordingText));
     QVERIFY(writeFile(Recording::companionPathFor(m_rec), Definitions));
-    m_otherDefs = m_dir.filePath(QStringLiteral("other.def"));
-    QVERIFY(writeFile(m_otherDefs, "DASHBOARD_MAPPING(RPM, 5, 2)\n"
-                                   "DASHBOARD_STATE(MODE, IDLE, \"Resting\")\n"));
+    QVERIFY(writeFile(m_otherDefs, "DASHBOARD_MAPPING(RPM, 5, 2)\nDASHBOARD_STATE(MODE, IDLE, \"Resting\")\n"));
+    QVERIFY(writeFile(m_dir.filePath(QStringLiteral("empty.rec")), "# nothing recorded\n"));
     QVERIFY(m_recording.load(m_rec));
+}
+
+// REC, OTHER, EMPTY, MISSING, OUT and DIR stand for paths in the test folder, DEMO for the demo project.
+QStringList TestCliExport::withPaths(QStringList args) const
+{
+    const QHash<QString, QString> paths = {
+        {"REC", m_rec}, {"OTHER", m_otherDefs}, {"EMPTY", m_dir.filePath("empty.rec")},
+        {"MISSING", m_dir.filePath("missing")}, {"OUT", m_dir.filePath("out.csv")},
+        {"DEMO", QStringLiteral(OMBRIX_SOURCE_DIR "/examples/demo")},
+    };
+    for (QString &arg : args) {
+        if (paths.contains(arg))
+            arg = paths.value(arg);
+        else if (arg == QLatin1String("DIR") || arg.startsWith(QLatin1String("DIR/")))
+            arg.replace(0, 3, m_dir.path());
+    }
+    return args;
 }
 
 void TestCliExport::infoSummarisesTheRecording()
 {
-    const Run run = runCli({QStringLiteral("info"), m_rec});
+    const CliRun run = CliRun::run({"info", m_rec});
     QCOMPARE(run.exitCode, 0);
-    QVERIFY2(!run.err.contains("ombrix-cli"), run.err.constData()); // a progress line is fine
+    QVERIFY(run.out.startsWith(QByteArray("File:     " + m_rec.toUtf8() + '\n')));
     QList<QByteArrayList> rows;
-    for (const QByteArray &line : run.out.split('\n')) {
-        QByteArrayList cells = line.simplified().split(' ');
-        if (cells.constFirst() == "File:")
-            QCOMPARE(line.mid(line.indexOf(':') + 1).trimmed(), m_rec.toUtf8());
-        else if (!line.isEmpty())
-            rows.append(cells);
-    }
+    for (const QByteArray &line : run.out.split('\n').mid(1))
+        rows.append(line.simplified().split(' '));
     const QList<QByteArrayList> expected = {
-        {"Duration:", "1.000000", "s"},
-        {"Frames:", "5"},
-        {"Signals:", "2"},
-        {"States:", "2"},
-        {"Errors:", "1"},
-        {"Messages:", "1"},
-        {"Signal", "Samples", "Min", "Max"},
-        {"RPM", "3", "900", "1500"},
-        {"TEMP", "3", "-3.25", "22"},
+        {"Duration:", "1.000000", "s"}, {"Frames:", "5"}, {"Signals:", "2"}, {"States:", "2"},
+        {"Errors:", "1"}, {"Messages:", "1"}, {""}, {"Signal", "Samples", "Min", "Max"},
+        {"RPM", "3", "900", "1500"}, {"TEMP", "3", "-3.25", "22"}, {""},
     };
     QCOMPARE(rows, expected);
 }
 
-void TestCliExport::exportSignalsMatchesTheExporter_data()
+void TestCliExport::exportsEqualTheWindowExporters_data()
 {
     QTest::addColumn<QStringList>("args");
-    QTest::addColumn<QStringList>("names");
+    QTest::addColumn<QStringList>("names"); // empty: the events export
     QTest::addColumn<double>("rate");
     QTest::addColumn<bool>("mapped");
     QTest::addColumn<bool>("otherDefs");
-
-    const QStringList all{QStringLiteral("RPM"), QStringLiteral("TEMP")};
-    QTest::newRow("defaults: all signals, recorded times, raw") << QStringList() << all << 0.0 << false << false;
-    QTest::newRow("chosen order, resampled, mapped")
-        << QStringList{"--signals", "TEMP,RPM", "--rate", "8", "--mapped"}
+    const QStringList all{"RPM", "TEMP"};
+    QTest::newRow("signals: all, recorded times, raw") << QStringList{"export-signals"} << all << 0.0 << false << false;
+    QTest::newRow("signals: chosen order, resampled, mapped")
+        << QStringList{"export-signals", "--signals", "TEMP,RPM", "--rate", "8", "--mapped"}
         << QStringList{"TEMP", "RPM"} << 8.0 << true << false;
-    QTest::newRow("short options") << QStringList{"-s", "RPM", "-r", "2.5", "-m"}
-                                   << QStringList{"RPM"} << 2.5 << true << false;
-    QTest::newRow("--def replaces the companion")
-        << QStringList{"--mapped", "--def", "OTHER"} << all << 0.0 << true << true;
+    QTest::newRow("signals: short options") << QStringList{"export-signals", "-s", "RPM", "-r", "2.5", "-m"}
+                                            << QStringList{"RPM"} << 2.5 << true << false;
+    QTest::newRow("signals: --def replaces the companion")
+        << QStringList{"export-signals", "--mapped", "--def", "OTHER"} << all << 0.0 << true << true;
+    QTest::newRow("events: companion texts") << QStringList{"export-events"} << QStringList() << 0.0 << false << false;
+    QTest::newRow("events: --def texts") << QStringList{"export-events", "-d", "OTHER"} << QStringList() << 0.0
+                                         << false << true;
 }
 
-void TestCliExport::exportSignalsMatchesTheExporter()
+// Byte for byte what the window writes, through the same exporter classes.
+void TestCliExport::exportsEqualTheWindowExporters()
 {
     QFETCH(QStringList, args);
     QFETCH(QStringList, names);
     QFETCH(double, rate);
     QFETCH(bool, mapped);
     QFETCH(bool, otherDefs);
-    args.replaceInStrings(QStringLiteral("OTHER"), m_otherDefs);
-
-    const QString viaCli = m_dir.filePath(QStringLiteral("cli-signals.csv"));
-    const Run run = runCli(QStringList{QStringLiteral("export-signals"), m_rec} + args
-                           + QStringList{QStringLiteral("-o"), viaCli});
+    const QString viaCli = m_dir.filePath(QStringLiteral("cli.csv"));
+    const CliRun run = CliRun::run(withPaths(args) + QStringList{m_rec, "-o", viaCli});
     QCOMPARE(run.exitCode, 0);
     QVERIFY2(!run.err.contains("ombrix-cli"), run.err.constData()); // a progress line is fine
 
-    SignalDefinitions defs(otherDefs ? m_otherDefs : Recording::companionPathFor(m_rec));
-    const QString direct = m_dir.filePath(QStringLiteral("direct-signals.csv"));
-    QVERIFY(SignalsCsvExporter::exportTo(direct, m_recording, &defs, {names, rate, mapped}));
-    QCOMPARE(readAll(viaCli), readAll(direct));
-    QVERIFY(readAll(viaCli).count('\n') > 1);
+    const SignalDefinitions defs(otherDefs ? m_otherDefs : Recording::companionPathFor(m_rec));
+    const QString direct = m_dir.filePath(QStringLiteral("direct.csv"));
+    QVERIFY(names.isEmpty() ? EventsCsvExporter::exportTo(direct, m_recording, &defs)
+                            : SignalsCsvExporter::exportTo(direct, m_recording, &defs, {names, rate, mapped}));
+    QCOMPARE(readFile(viaCli), readFile(direct));
+    QVERIFY(readFile(viaCli).count('\n') > 1);
 }
 
-void TestCliExport::exportEventsMatchesTheExporter_data()
+void TestCliExport::helpGoesToStdout()
 {
-    QTest::addColumn<QStringList>("args");
-    QTest::addColumn<bool>("otherDefs");
-
-    QTest::newRow("companion definitions") << QStringList() << false;
-    QTest::newRow("--def") << QStringList{"--def", "OTHER"} << true;
-}
-
-void TestCliExport::exportEventsMatchesTheExporter()
-{
-    QFETCH(QStringList, args);
-    QFETCH(bool, otherDefs);
-    args.replaceInStrings(QStringLiteral("OTHER"), m_otherDefs);
-
-    const QString viaCli = m_dir.filePath(QStringLiteral("cli-events.csv"));
-    const Run run = runCli(QStringList{QStringLiteral("export-events"), m_rec, QStringLiteral("-o"), viaCli} + args);
+    const CliRun run = CliRun::run({"simulate", "--help"});
     QCOMPARE(run.exitCode, 0);
-
-    SignalDefinitions defs(otherDefs ? m_otherDefs : Recording::companionPathFor(m_rec));
-    const QString direct = m_dir.filePath(QStringLiteral("direct-events.csv"));
-    QVERIFY(EventsCsvExporter::exportTo(direct, m_recording, &defs));
-    QCOMPARE(readAll(viaCli), readAll(direct));
-    QVERIFY(readAll(viaCli).contains(otherDefs ? "\"Resting\"" : "\"Running\""));
+    QVERIFY(run.out.startsWith("Usage: ombrix-cli simulate"));
+    QVERIFY(run.out.contains("--link PATH"));
 }
 
 void TestCliExport::badArgumentsExitWithUsage_data()
 {
     QTest::addColumn<QStringList>("args");
-
     QTest::newRow("info without file") << QStringList{"info"};
     QTest::newRow("info, missing file") << QStringList{"info", "MISSING"};
-    QTest::newRow("info, two files") << QStringList{"info", "REC", "REC"};
     QTest::newRow("info, unknown option") << QStringList{"info", "REC", "--colour"};
     QTest::newRow("export-signals without -o") << QStringList{"export-signals", "REC"};
     QTest::newRow("export-signals, bad rate") << QStringList{"export-signals", "REC", "--rate", "fast", "-o", "OUT"};
-    QTest::newRow("export-signals, negative rate") << QStringList{"export-signals", "REC", "--rate=-1", "-o", "OUT"};
-    QTest::newRow("export-signals, missing --def") << QStringList{"export-signals", "REC", "--def", "MISSING", "-o", "OUT"};
-    QTest::newRow("export-events, missing file") << QStringList{"export-events", "MISSING", "-o", "OUT"};
-    QTest::newRow("export-events, -o without value") << QStringList{"export-events", "REC", "-o"};
+    QTest::newRow("export-events, missing --def") << QStringList{"export-events", "REC", "-d", "MISSING", "-o", "OUT"};
+    const QStringList record{"record", "--port", "/dev/null", "--project"};
     QTest::newRow("record without port") << QStringList{"record", "--project", "DIR"};
-    QTest::newRow("record without project") << QStringList{"record", "--port", "/dev/null"};
-    QTest::newRow("record, missing project") << QStringList{"record", "--port", "/dev/null", "--project", "MISSING"};
-    QTest::newRow("record, both limits")
-        << QStringList{"record", "--port", "/dev/null", "--project", "DIR", "--lines", "3", "--duration", "1"};
-    QTest::newRow("record, zero lines") << QStringList{"record", "--port", "/dev/null", "--project", "DIR", "--lines", "0"};
-    QTest::newRow("record, bad baud") << QStringList{"record", "--port", "/dev/null", "--project", "DIR", "--baud", "x"};
+    QTest::newRow("record, missing project") << record + QStringList{"MISSING"};
+    QTest::newRow("record, both limits") << record + QStringList{"DIR", "--lines", "3", "--duration", "1"};
+    QTest::newRow("record, zero lines") << record + QStringList{"DIR", "--lines", "0"};
+    QTest::newRow("record, bad baud") << record + QStringList{"DIR", "--baud", "x"};
+    const QStringList simulate{"simulate", "--stdout", "--count", "1"};
+    QTest::newRow("simulate, unknown option") << simulate + QStringList{"--project", "DEMO", "--bogus"};
+    QTest::newRow("simulate, neither --def nor --project") << simulate;
+    QTest::newRow("simulate, project without definitions") << simulate + QStringList{"--project", "MISSING"};
+    QTest::newRow("simulate, rate not a number") << simulate + QStringList{"--project", "DEMO", "--rate", "fast"};
+    QTest::newRow("simulate, negative seed") << simulate + QStringList{"--project", "DEMO", "--seed", "-3"};
+    QTest::newRow("simulate, stray argument") << simulate + QStringList{"--project", "DEMO", "now"};
 }
 
 void TestCliExport::badArgumentsExitWithUsage()
 {
     QFETCH(QStringList, args);
-    args.replaceInStrings(QStringLiteral("MISSING"), m_dir.filePath(QStringLiteral("missing")));
-    args.replaceInStrings(QStringLiteral("REC"), m_rec);
-    args.replaceInStrings(QStringLiteral("OUT"), m_dir.filePath(QStringLiteral("bad.csv")));
-    args.replaceInStrings(QStringLiteral("DIR"), m_dir.path());
-
-    const Run run = runCli(args);
-    QCOMPARE(run.exitCode, 2);
-    QVERIFY(run.out.isEmpty());
-    const QByteArrayList lines = run.err.split('\n');
-    QVERIFY2(lines.size() > 2, run.err.constData());
-    const QByteArray command = args.at(0).toUtf8();
-    QVERIFY2(lines.at(0).startsWith(QByteArray("ombrix-cli " + command + ": ")), run.err.constData());
-    QVERIFY2(lines.at(1).startsWith(QByteArray("Usage: ombrix-cli " + command)), run.err.constData());
-    QVERIFY(!QFile::exists(m_dir.filePath(QStringLiteral("bad.csv"))));
+    const CliRun run = CliRun::run(withPaths(args));
+    QVERIFY2(run.isUsageError(args.at(0)), run.err.constData());
+    QVERIFY(!QFile::exists(m_dir.filePath(QStringLiteral("out.csv"))));
 }
 
-void TestCliExport::unknownSignalIsOneLine()
+void TestCliExport::failedExportsAreOneLine_data()
 {
-    const QString out = m_dir.filePath(QStringLiteral("unknown.csv"));
-    const Run run = runCli({QStringLiteral("export-signals"), m_rec, QStringLiteral("--signals"),
-                            QStringLiteral("RPM,SPEED"), QStringLiteral("-o"), out});
-    QCOMPARE(run.exitCode, 2);
-    QCOMPARE(run.err.count('\n'), 1);
-    QVERIFY(run.err.contains("'SPEED'"));
-    QVERIFY(!QFile::exists(out));
+    QTest::addColumn<QStringList>("args");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QByteArray>("message");
+    QTest::newRow("unknown signal") << QStringList{"export-signals", "REC", "--signals", "RPM,SPEED", "-o", "OUT"}
+                                    << 2 << QByteArray("'SPEED'");
+    QTest::newRow("unwritable output") << QStringList{"export-events", "REC", "-o", "DIR/no/such/folder/out.csv"}
+                                       << 1 << QByteArray("Could not open file for writing.");
+    QTest::newRow("recording without data") << QStringList{"export-events", "EMPTY", "-o", "OUT"} << 1
+                                            << QByteArray("no playback data");
 }
 
-void TestCliExport::unwritableOutputFails()
+void TestCliExport::failedExportsAreOneLine()
 {
-    const QString out = m_dir.filePath(QStringLiteral("no/such/folder/out.csv"));
-    const Run run = runCli({QStringLiteral("export-events"), m_rec, QStringLiteral("-o"), out});
-    QCOMPARE(run.exitCode, 1);
+    QFETCH(QStringList, args);
+    QFETCH(int, exitCode);
+    QFETCH(QByteArray, message);
+    const CliRun run = CliRun::run(withPaths(args));
+    QCOMPARE(run.exitCode, exitCode);
     QCOMPARE(run.err.count('\n'), 1);
-    QVERIFY(run.err.contains("Could not open file for writing."));
+    QVERIFY2(run.err.contains(message), run.err.constData());
+    QVERIFY(!QFile::exists(m_dir.filePath(QStringLiteral("out.csv"))));
 }
 
 QTEST_GUILESS_MAIN(TestCliExport)

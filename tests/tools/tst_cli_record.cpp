@@ -1,8 +1,8 @@
+#include "CliRun.h"
 #include "PtyPair.h"
 #include "Recording.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <QRegularExpression>
@@ -11,20 +11,9 @@
 
 #include <csignal>
 #include <fcntl.h>
+#include <memory>
 
 namespace {
-
-QString cliPath()
-{
-    const QString fromEnv = qEnvironmentVariable("OMBRIX_CLI");
-    return fromEnv.isEmpty() ? QStringLiteral(OMBRIX_BINARY_DIR "/ombrix-cli") : fromEnv;
-}
-
-QByteArray readAll(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 const QByteArray Definitions = "DASHBOARD_SIGNAL(A, \"Alpha\", float)\n"
                                "DASHBOARD_STATE(MODE, RUN, \"Running\")\n";
@@ -39,6 +28,7 @@ const QByteArray FirstLinesRecorded = "0.000000 A=1.5 B=2\n"
 
 } // namespace
 
+// "ombrix-cli record" on a real pseudo-terminal, stopped every way a user stops it.
 class TestCliRecord : public QObject
 {
     Q_OBJECT
@@ -46,37 +36,32 @@ class TestCliRecord : public QObject
 private Q_SLOTS:
     void init();
     void cleanup();
-
     void stopsAfterTheLineLimit();
-    void signalStopsCleanly_data();
-    void signalStopsCleanly();
-    void vanishedDeviceEndsTheRecording();
+    void stopKeepsEverythingReceived_data();
+    void stopKeepsEverythingReceived();
     void stopsAfterTheDuration();
     void unopenablePortFails();
 
 private:
-    // Starts "ombrix-cli record" on the pseudo-terminal and waits for the
-    // recording's path on stdout.
+    // Starts recording the pseudo-terminal and waits for the recording's path on stdout.
     bool startRecording(const QStringList &extraArgs);
+    bool finishedWith(int exitCode, const QByteArray &message);
 
-    QTemporaryDir *m_project = nullptr;
-    PtyPair *m_pty = nullptr;
-    QProcess *m_process = nullptr;
+    std::unique_ptr<QTemporaryDir> m_project;
+    std::unique_ptr<PtyPair> m_pty;
+    std::unique_ptr<QProcess> m_process; // ombrix-cli record
     QString m_recordingPath;
 };
 
 void TestCliRecord::init()
 {
-    m_project = new QTemporaryDir;
-    m_pty = new PtyPair;
-    m_process = new QProcess;
+    m_project = std::make_unique<QTemporaryDir>();
+    m_pty = std::make_unique<PtyPair>();
+    m_process = std::make_unique<QProcess>();
     QVERIFY(m_pty->isValid());
-    // The recorder must not inherit the master side, or closing it here
-    // would not hang the terminal up.
+    // The recorder must not inherit the master side, or closing it here would not hang the terminal up.
     QCOMPARE(::fcntl(m_pty->masterFd(), F_SETFD, FD_CLOEXEC), 0);
-    QFile def(QDir(m_project->path()).filePath(QStringLiteral("dashboard_signals.def")));
-    QVERIFY(def.open(QIODevice::WriteOnly));
-    def.write(Definitions);
+    QVERIFY(writeFile(m_project->filePath(QStringLiteral("dashboard_signals.def")), Definitions));
 }
 
 void TestCliRecord::cleanup()
@@ -85,100 +70,83 @@ void TestCliRecord::cleanup()
         m_process->kill();
         m_process->waitForFinished();
     }
-    delete m_process;
-    delete m_pty;
-    delete m_project;
-    m_recordingPath.clear();
+    m_process.reset();
 }
 
 bool TestCliRecord::startRecording(const QStringList &extraArgs)
 {
-    m_process->start(cliPath(), QStringList{QStringLiteral("record"), QStringLiteral("--port"), m_pty->slavePath(),
-                                            QStringLiteral("--project"), m_project->path()}
-                                    + extraArgs);
+    m_process->start(CliRun::program(),
+                     QStringList{"record", "--port", m_pty->slavePath(), "--project", m_project->path()} + extraArgs);
     while (!m_process->canReadLine()) {
-        if (!m_process->waitForReadyRead(10000)) {
-            qWarning() << "no recording path:" << m_process->readAllStandardError();
+        if (!m_process->waitForReadyRead(10000))
             return false;
-        }
     }
     m_recordingPath = QString::fromUtf8(m_process->readLine()).trimmed();
     return QFile::exists(m_recordingPath);
+}
+
+bool TestCliRecord::finishedWith(int exitCode, const QByteArray &message)
+{
+    return m_process->waitForFinished(10000) && m_process->exitStatus() == QProcess::NormalExit
+        && m_process->exitCode() == exitCode && m_process->readAllStandardError().contains(message);
 }
 
 // The line that reaches the limit is recorded whole, the next one not at
 // all, even when both arrive in the same read.
 void TestCliRecord::stopsAfterTheLineLimit()
 {
-    QVERIFY(startRecording({QStringLiteral("--lines"), QStringLiteral("3")}));
+    QVERIFY(startRecording({"--lines", "3"}));
     QVERIFY(m_pty->write(FirstLines + "11 A=0.333333333333333\n12 A=9\n"));
-    QVERIFY(m_process->waitForFinished(10000));
-    QCOMPARE(m_process->exitStatus(), QProcess::NormalExit);
-    QCOMPARE(m_process->exitCode(), 0);
+    QVERIFY(finishedWith(0, "line limit reached"));
 
     const QFileInfo info(m_recordingPath);
-    QCOMPARE(info.absolutePath(), QDir(m_project->filePath(QStringLiteral("recordings"))).absolutePath());
+    QCOMPARE(info.absolutePath(), QDir(m_project->filePath("recordings")).absolutePath());
     QVERIFY(QRegularExpression(QStringLiteral("^log_\\d{8}_\\d{6}\\.rec$")).match(info.fileName()).hasMatch());
-    QCOMPARE(readAll(m_recordingPath), FirstLinesRecorded + "0.500000 A=0.333333333333\n");
-    QCOMPARE(readAll(Recording::companionPathFor(m_recordingPath)), Definitions);
+    QCOMPARE(readFile(m_recordingPath), FirstLinesRecorded + "0.500000 A=0.333333333333\n");
+    QCOMPARE(readFile(Recording::companionPathFor(m_recordingPath)), Definitions);
 }
 
-void TestCliRecord::signalStopsCleanly_data()
+void TestCliRecord::stopKeepsEverythingReceived_data()
 {
-    QTest::addColumn<int>("signalNumber");
-    QTest::newRow("SIGINT") << int(SIGINT);
-    QTest::newRow("SIGTERM") << int(SIGTERM);
+    QTest::addColumn<int>("signalNumber"); // 0: the device goes away
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QByteArray>("message");
+    QTest::newRow("Ctrl+C") << int(SIGINT) << 0 << QByteArray("interrupted");
+    QTest::newRow("SIGTERM") << int(SIGTERM) << 0 << QByteArray("interrupted");
+    QTest::newRow("pulled cable") << 0 << 3 << QByteArray("disappeared");
 }
 
-void TestCliRecord::signalStopsCleanly()
+void TestCliRecord::stopKeepsEverythingReceived()
 {
     QFETCH(int, signalNumber);
-    QVERIFY(startRecording({}));
+    QFETCH(int, exitCode);
+    QFETCH(QByteArray, message);
+    QVERIFY(startRecording({"--duration", "60"}));
     QVERIFY(m_pty->write(FirstLines));
-    QTRY_COMPARE_WITH_TIMEOUT(readAll(m_recordingPath), FirstLinesRecorded, 10000);
+    QTRY_COMPARE_WITH_TIMEOUT(readFile(m_recordingPath), FirstLinesRecorded, 10000);
 
-    QVERIFY(::kill(pid_t(m_process->processId()), signalNumber) == 0);
-    QVERIFY(m_process->waitForFinished(10000));
-    QCOMPARE(m_process->exitStatus(), QProcess::NormalExit);
-    QCOMPARE(m_process->exitCode(), 0);
-    QVERIFY(m_process->readAllStandardError().contains("interrupted"));
-    QCOMPARE(readAll(m_recordingPath), FirstLinesRecorded);
-}
-
-// A pulled cable: the recording keeps everything that arrived and says so.
-void TestCliRecord::vanishedDeviceEndsTheRecording()
-{
-    QVERIFY(startRecording({QStringLiteral("--duration"), QStringLiteral("60")}));
-    QVERIFY(m_pty->write(FirstLines));
-    QTRY_COMPARE_WITH_TIMEOUT(readAll(m_recordingPath), FirstLinesRecorded, 10000);
-
-    m_pty->close();
-    QVERIFY(m_process->waitForFinished(10000));
-    QCOMPARE(m_process->exitStatus(), QProcess::NormalExit);
-    QCOMPARE(m_process->exitCode(), 3);
-    QVERIFY(m_process->readAllStandardError().contains("disappeared"));
-    QCOMPARE(readAll(m_recordingPath), FirstLinesRecorded);
+    if (signalNumber)
+        QCOMPARE(::kill(pid_t(m_process->processId()), signalNumber), 0);
+    else
+        m_pty->close();
+    QVERIFY(finishedWith(exitCode, message));
+    QCOMPARE(readFile(m_recordingPath), FirstLinesRecorded);
 }
 
 void TestCliRecord::stopsAfterTheDuration()
 {
-    QVERIFY(startRecording({QStringLiteral("--duration"), QStringLiteral("0.3")}));
-    QVERIFY(m_process->waitForFinished(10000));
-    QCOMPARE(m_process->exitCode(), 0);
-    QVERIFY(m_process->readAllStandardError().contains("duration reached"));
+    QVERIFY(startRecording({"--duration", "0.3"}));
+    QVERIFY(finishedWith(0, "duration reached"));
 }
 
 void TestCliRecord::unopenablePortFails()
 {
-    m_process->start(cliPath(), {QStringLiteral("record"), QStringLiteral("--port"),
-                                 m_project->filePath(QStringLiteral("no-such-port")), QStringLiteral("--project"),
-                                 m_project->path(), QStringLiteral("--lines"), QStringLiteral("1")});
-    QVERIFY(m_process->waitForFinished(10000));
-    QCOMPARE(m_process->exitCode(), 1);
-    QCOMPARE(m_process->readAllStandardError().count('\n'), 1);
-    QVERIFY(m_process->readAllStandardOutput().isEmpty());
-    QVERIFY(!QDir(m_project->filePath(QStringLiteral("recordings"))).exists()
-            || QDir(m_project->filePath(QStringLiteral("recordings"))).isEmpty());
+    const CliRun run = CliRun::run({"record", "--port", m_project->filePath("no-such-port"), "--project",
+                                    m_project->path()});
+    QCOMPARE(run.exitCode, 1);
+    QCOMPARE(run.err.count('\n'), 1);
+    QVERIFY(run.out.isEmpty());
+    QVERIFY(QDir(m_project->filePath("recordings")).isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestCliRecord)

@@ -1,0 +1,46 @@
+#include "CliRun.h"
+
+#include <QFile>
+#include <QProcess>
+
+QString CliRun::program()
+{
+    return qEnvironmentVariable("OMBRIX_CLI");
+}
+
+CliRun CliRun::run(const QStringList &args)
+{
+    QProcess process;
+    process.start(program(), args);
+    CliRun result;
+    if (!process.waitForFinished(30000)) {
+        process.kill();
+        process.waitForFinished();
+        return result;
+    }
+    result.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    result.out = process.readAllStandardOutput();
+    result.err = process.readAllStandardError();
+    return result;
+}
+
+bool CliRun::isUsageError(const QString &command) const
+{
+    const QByteArrayList lines = err.split('\n');
+    const QByteArray name = command.toUtf8();
+    return exitCode == 2 && out.isEmpty() && lines.size() > 2
+        && lines.at(0).startsWith(QByteArray("ombrix-cli " + name + ": "))
+        && lines.at(1).startsWith(QByteArray("Usage: ombrix-cli " + name));
+}
+
+QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
+}
