@@ -270,8 +270,7 @@ void DashboardItem::sendBackward()
 
 void DashboardItem::setZAndRestack(qreal z)
 {
-    setZValue(z);
-    restackOverlay();
+    setZValue(z); // itemChange() restacks the overlay
     update();
 }
 
@@ -364,23 +363,19 @@ bool DashboardItem::sceneEventFilter(QGraphicsItem *watched, QEvent *event)
     if (watched != m_overlay)
         return false;
     switch (event->type()) {
-    case QEvent::GraphicsSceneMousePress:
-    case QEvent::GraphicsSceneMouseDoubleClick:
-        mousePressEvent(static_cast<QGraphicsSceneMouseEvent *>(event));
-        return true;
-    case QEvent::GraphicsSceneMouseMove:
-        mouseMoveEvent(static_cast<QGraphicsSceneMouseEvent *>(event));
-        return true;
-    case QEvent::GraphicsSceneMouseRelease:
-        mouseReleaseEvent(static_cast<QGraphicsSceneMouseEvent *>(event));
-        return true;
     case QEvent::GraphicsSceneHoverEnter:
-    case QEvent::GraphicsSceneHoverMove:
+        // Entering sets the cursor just as moving over the item does.
         hoverMoveEvent(static_cast<QGraphicsSceneHoverEvent *>(event));
         return true;
+    case QEvent::GraphicsSceneMousePress:
+    case QEvent::GraphicsSceneMouseDoubleClick:
+    case QEvent::GraphicsSceneMouseMove:
+    case QEvent::GraphicsSceneMouseRelease:
+    case QEvent::GraphicsSceneHoverMove:
     case QEvent::GraphicsSceneContextMenu:
-        contextMenuEvent(static_cast<QGraphicsSceneContextMenuEvent *>(event));
-        return true;
+        // The overlay's events are the item's own; sceneEvent() hands each to
+        // its handler (a double click arrives as a press).
+        return sceneEvent(event);
     default:
         return false;
     }

@@ -38,11 +38,6 @@ QIcon DashboardWidgetFactory::iconFor(const QString &typeName) const
     return it == m_entries.end() ? QIcon(QStringLiteral(":/icons/default.png")) : it->second.icon;
 }
 
-bool DashboardWidgetFactory::contains(const QString &typeName) const
-{
-    return m_entries.count(typeName) != 0;
-}
-
 namespace {
 template<typename W>
 DashboardWidget *make()

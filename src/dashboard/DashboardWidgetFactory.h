@@ -23,7 +23,6 @@ public:
     // A new parentless widget, or nullptr when the name is not registered.
     DashboardWidget *create(const QString &typeName) const;
     QIcon iconFor(const QString &typeName) const;
-    bool contains(const QString &typeName) const;
     // Registered names in registration order, for the widget palette.
     QStringList typeNames() const { return m_order; }
 

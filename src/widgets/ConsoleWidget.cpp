@@ -130,12 +130,6 @@ QString ConsoleWidget::text()
     return m_view->toPlainText();
 }
 
-int ConsoleWidget::lineCount()
-{
-    flush();
-    return m_viewLines;
-}
-
 void ConsoleWidget::appendLine(QString line)
 {
     line.replace(QLatin1Char('\n'), QLatin1Char(' ')).replace(QLatin1Char('\r'), QLatin1Char(' '));

@@ -57,8 +57,6 @@ public:
     QStringList lines();
     /// The view's text, one line per kept line (flushes).
     QString text();
-    /// Number of lines kept (flushes).
-    int lineCount();
     QTextEdit *textView() const { return m_view; }
 
     static constexpr int DefaultMaxLines = 500;

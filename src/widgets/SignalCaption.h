@@ -15,7 +15,6 @@ public:
 
     QString upper() const { return m_upper; }
     QString lower() const { return m_lower; }
-    bool isEmpty() const { return m_upper.isEmpty() && m_lower.isEmpty(); }
 
 private:
     QString m_upper;
