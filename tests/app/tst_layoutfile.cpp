@@ -51,7 +51,6 @@ private Q_SLOTS:
     void loadDetachesPreviousItemsAndKeepsWindowWithoutKeys();
     void notAnObjectIsInvalidAndLeavesScene_data();
     void notAnObjectIsInvalidAndLeavesScene();
-    void unopenablePaths();
     void damagedRecordsLoadPartially();
     void maximisedAndFullScreenFlags_data();
     void maximisedAndFullScreenFlags();
@@ -163,21 +162,6 @@ void TestLayoutFile::notAnObjectIsInvalidAndLeavesScene()
     QVERIFY(m_removed.empty());
     QCOMPARE(Dashboard::topLevelItems(&scene), QList<DashboardItem *>{kept});
     QVERIFY(!kept->designMode());
-}
-
-void TestLayoutFile::unopenablePaths()
-{
-    DesignScene scene;
-    addProbe(scene, QPointF(0, 0));
-    QCOMPARE(LayoutFile::load(m_dir.filePath(QStringLiteral("absent.json")), &scene, nullptr, false, m_removed),
-             LayoutFile::Result::OpenFailed);
-    QCOMPARE(LayoutFile::load(m_dir.path(), &scene, nullptr, false, m_removed), LayoutFile::Result::OpenFailed);
-    QCOMPARE(Dashboard::topLevelItems(&scene).size(), 1);
-
-    const QString inMissingFolder = m_dir.filePath(QStringLiteral("no/such/folder/layout.json"));
-    QCOMPARE(LayoutFile::save(inMissingFolder, &scene, nullptr), LayoutFile::Result::OpenFailed);
-    QVERIFY(!QFile::exists(inMissingFolder));
-    QCOMPARE(LayoutFile::save(m_dir.path(), &scene, nullptr), LayoutFile::Result::OpenFailed);
 }
 
 void TestLayoutFile::damagedRecordsLoadPartially()

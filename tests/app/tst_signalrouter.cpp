@@ -292,12 +292,12 @@ void tst_SignalRouter::errorsAndMessagesReachEveryConsoleOfTheirKind()
     m_router->routeMessage(2.5, QStringLiteral("boot ok"));
     QCOMPARE(errors1->lines(), (QStringList{QStringLiteral("[1.500] E_TEMP : Overheat"),
                                             QStringLiteral("[2.000] E_UNKNOWN : E_UNKNOWN")}));
-    QCOMPARE(errors2->lineCount(), 2);
+    QCOMPARE(errors2->lines().size(), 2);
     QCOMPARE(messages->lines(), QStringList{QStringLiteral("[2.500] boot ok")});
 
     m_router->clearErrors();
-    QCOMPARE(errors1->lineCount() + errors2->lineCount(), 0);
-    QCOMPARE(messages->lineCount(), 1);
+    QCOMPARE(errors1->lines().size() + errors2->lines().size(), 0);
+    QCOMPARE(messages->lines().size(), 1);
 }
 
 QTEST_MAIN(tst_SignalRouter)

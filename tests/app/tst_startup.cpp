@@ -1,17 +1,14 @@
 #include "Dashboard.h"
 #include "MainToolBars.h"
 #include "Ombrix.h"
-#include "ProjectIntroDialog.h"
 #include "PtyPair.h"
 #include "ScriptedPrompts.h"
 #include "SerialManager.h"
 #include "SignalDefinitions.h"
 #include "StartupOptions.h"
 
-#include <QDialogButtonBox>
 #include <QDir>
 #include <QFile>
-#include <QPushButton>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QStandardPaths>
@@ -60,8 +57,8 @@ private Q_SLOTS:
     void validProjectDir_data();
     void validProjectDir();
     void setProjectDirTakesProjectButRemembersInOtherStore();
-    void commandLineProjectWinsOverDefAndIsNotRemembered();
-    void defInsideProjectWinsOverProjectFile();
+    void commandLinePrecedence_data();
+    void commandLinePrecedence();
     void defOutsideProjectLoadsFileUnderCurrentFolder();
     void badDefinitionsWarnAndKeepPreviousCatalogue_data();
     void badDefinitionsWarnAndKeepPreviousCatalogue();
@@ -69,8 +66,6 @@ private Q_SLOTS:
     void invalidPickAsksAgain();
     void cancelEndsApplication_data();
     void cancelEndsApplication();
-    void introDialogCancelRejects();
-    void badCommandLineIsRejected();
     void layoutAndPortAreAppliedAfterProject();
 
 private:
@@ -149,31 +144,36 @@ void tst_Startup::setProjectDirTakesProjectButRemembersInOtherStore()
     QCOMPARE(remembered(QStringLiteral("Tarnwell")), QString());
 }
 
-void tst_Startup::commandLineProjectWinsOverDefAndIsNotRemembered()
+void tst_Startup::commandLinePrecedence_data()
 {
-    const QString project = makeProject(QStringLiteral("chosen"));
-    const QString other = makeProject(QStringLiteral("other"));
-    Ombrix window;
-    parse({QStringLiteral("-p"), project, QStringLiteral("--def"), other + QLatin1String("/dashboard_signals.def")})
-        .applyTo(window);
-    QCOMPARE(window.projectDir(), QDir(project).absolutePath());
-    QCOMPARE(window.definitions()->path(), QDir(project).filePath(QStringLiteral("dashboard_signals.def")));
-    QVERIFY(!QFileInfo::exists(other + QLatin1String("/recordings")));
-    QCOMPARE(remembered(QStringLiteral("Tarnwell")), QString());
+    QTest::addColumn<bool>("withProject");
+    QTest::addColumn<QString>("signal");
+    // "project" wins over "def" and loads the folder's own file.
+    QTest::newRow("project and def") << true << QStringLiteral("OWN");
+    // "def" alone opens its folder, then its own file wins over the folder's.
+    QTest::newRow("def inside a project") << false << QStringLiteral("RPM");
 }
 
-void tst_Startup::defInsideProjectWinsOverProjectFile()
+void tst_Startup::commandLinePrecedence()
 {
+    QFETCH(bool, withProject);
+    QFETCH(QString, signal);
     const QString project = makeProject(QStringLiteral("project"), "DASHBOARD_SIGNAL(OWN, \"own\", float)\n");
     const QString defPath = project + QLatin1String("/variant.def");
     writeFile(defPath, kDefinitions);
+    const QString other = makeProject(QStringLiteral("other"));
 
     Ombrix window;
-    parse({QStringLiteral("-d"), defPath}).applyTo(window);
+    parse(withProject ? QStringList{QStringLiteral("-p"), project, QStringLiteral("--def"), other}
+                      : QStringList{QStringLiteral("-d"), defPath})
+        .applyTo(window);
     QCOMPARE(window.projectDir(), QDir(project).absolutePath());
-    QVERIFY(window.definitions()->signalFor(QStringLiteral("RPM")));
-    QVERIFY(!window.definitions()->signalFor(QStringLiteral("OWN")));
-    QCOMPARE(window.windowTitle(), QStringLiteral("Ombrix — %1").arg(QFileInfo(defPath).absoluteFilePath()));
+    QCOMPARE(window.definitions()->signals().size(), 1);
+    QVERIFY(window.definitions()->signalFor(signal));
+    QCOMPARE(window.windowTitle().endsWith(QLatin1String("variant.def")), !withProject);
+    QVERIFY(!QFileInfo::exists(other + QLatin1String("/recordings")));
+    // A folder from the command line is not remembered for the next start.
+    QCOMPARE(remembered(QStringLiteral("Tarnwell")), QString());
 }
 
 void tst_Startup::defOutsideProjectLoadsFileUnderCurrentFolder()
@@ -295,27 +295,6 @@ void tst_Startup::cancelEndsApplication()
     QVERIFY(window.isVisible()); // closed on the next turn, not from inside the prompt
     QTRY_VERIFY(!window.isVisible());
     QCOMPARE(window.projectDir(), QString());
-}
-
-void tst_Startup::introDialogCancelRejects()
-{
-    ProjectIntroDialog dialog;
-    auto *buttons = dialog.findChild<QDialogButtonBox *>();
-    QVERIFY(buttons);
-    QCOMPARE(buttons->standardButtons(), QDialogButtonBox::Open | QDialogButtonBox::Cancel);
-    dialog.show();
-    QTest::mouseClick(buttons->button(QDialogButtonBox::Cancel), Qt::LeftButton);
-    QCOMPARE(dialog.result(), int(QDialog::Rejected));
-}
-
-void tst_Startup::badCommandLineIsRejected()
-{
-    StartupOptions options;
-    QString error;
-    QVERIFY(!StartupOptions::fromArguments({QStringLiteral("ombrix"), QStringLiteral("--baud"), QStringLiteral("fast")},
-                                           &options, &error));
-    QVERIFY(error.contains(QLatin1String("fast")));
-    QVERIFY(!StartupOptions::fromArguments({QStringLiteral("ombrix"), QStringLiteral("--bogus")}, &options, &error));
 }
 
 void tst_Startup::layoutAndPortAreAppliedAfterProject()
