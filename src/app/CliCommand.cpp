@@ -112,6 +112,10 @@ bool CliCommand::loadDefinitions(const QString &recordingPath, const QString &de
 
 void CliCommand::addExportArguments(const QString &defDescription)
 {
+    m_parser.setApplicationDescription(m_parser.applicationDescription()
+                                       % QLatin1String("\nThe file is written whole or not at all. Exit status: 0 when "
+                                                       "written,\n1 when it cannot be, 2 for bad arguments, 130 when "
+                                                       "interrupted."));
     m_parser.addOption({{QStringLiteral("o"), QStringLiteral("output")}, QStringLiteral("The CSV file to write."),
                         QStringLiteral("OUT.csv")});
     m_parser.addOption({{QStringLiteral("d"), QStringLiteral("def")}, defDescription, QStringLiteral("FILE")});
