@@ -50,6 +50,7 @@ class TestDashboardItem : public QObject
 
 private Q_SLOTS:
     void initTestCase() { ProbeWidget::registerTypes(); }
+
     void init()
     {
         m_scene = std::make_unique<DesignScene>();

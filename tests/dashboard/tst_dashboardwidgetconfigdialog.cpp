@@ -35,6 +35,7 @@ private Q_SLOTS:
         QVERIFY(m_defs.load(file.fileName()));
     }
     void init() { SignalDefinitions::setCurrent(&m_defs); }
+
     void cleanup()
     {
         SignalDefinitions::setCurrent(nullptr);
@@ -50,6 +51,7 @@ private Q_SLOTS:
         QTest::newRow("single") << false << true << QStringList{"Signal:", "Threshold:"};
         QTest::newRow("no signals, own rows only") << false << false << QStringList{"Threshold:"};
     }
+
     void rowsFollowSignalUsage()
     {
         QFETCH(bool, multiple);
@@ -74,6 +76,7 @@ private Q_SLOTS:
         QTest::newRow("falls back to text") << QStringList{"Engine"} << "rpm";
         QTest::newRow("unknown keeps first entry") << QStringList{"gone"} << "rpm_max";
     }
+
     void comboPicksBoundSignalByNameFirst()
     {
         QFETCH(QStringList, bound);
@@ -92,6 +95,7 @@ private Q_SLOTS:
         QTest::newRow("Cancel leaves the widget untouched") << QDialogButtonBox::Cancel << QStringList{"rpm", "x"} << 7;
         QTest::newRow("Ok applies choice and own rows") << QDialogButtonBox::Ok << QStringList{"temp"} << 42;
     }
+
     void buttonDecidesWhatReachesTheWidget()
     {
         QFETCH(QDialogButtonBox::StandardButton, button);
@@ -132,6 +136,7 @@ private Q_SLOTS:
         QTest::newRow("single: one empty name") << false << QStringList{QString()};
         QTest::newRow("multi: no names") << true << QStringList();
     }
+
     void withoutCatalogueAcceptingBindsNothing()
     {
         QFETCH(bool, multiple);

@@ -21,6 +21,7 @@ class tst_Consoles : public QObject
             lines.append(QStringLiteral("[%1.000] line %1").arg(i));
         return lines;
     }
+
     static void append(MessagesConsoleWidget &console, int from, int to)
     {
         for (int i = from; i <= to; ++i)
