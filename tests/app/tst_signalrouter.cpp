@@ -65,10 +65,8 @@ private Q_SLOTS:
     void mappedValueReachesGaugeAndDisplay();
     void boundNameIsCutAtTheFirstColon_data();
     void boundNameIsCutAtTheFirstColon();
-    void eachWidgetGetsAValueOnceWithItsTime();
-    void unboundAndNestedWidgetsReceiveNothing();
+    void frameReachesEachBoundTopLevelWidgetOnce();
     void indexFollowsTheScene();
-    void frameIsDeliveredInOneBatchPerWidget();
     void mappingsFollowTheCatalogue();
     void statesReachOnlyTheirGroup();
     void errorsAndMessagesReachEveryConsoleOfTheirKind();
@@ -166,19 +164,11 @@ void tst_SignalRouter::boundNameIsCutAtTheFirstColon()
     QCOMPARE(widget->deliveries.size(), receives ? 1 : 0);
 }
 
-void tst_SignalRouter::eachWidgetGetsAValueOnceWithItsTime()
+void tst_SignalRouter::frameReachesEachBoundTopLevelWidgetOnce()
 {
     auto *widget = add(new RecordingWidget, {QStringLiteral("A:x"), QStringLiteral("A:y"), QStringLiteral("B")});
-    m_router->routeValues({{QStringLiteral("A"), 1.5}, {QStringLiteral("B"), 2.0}, {QStringLiteral("C"), 3.0}}, 12.25);
-    QCOMPARE(widget->deliveries.size(), 2);
-    QCOMPARE(widget->deliveries.at(0).name, QStringLiteral("A"));
-    QCOMPARE(widget->deliveries.at(0).value, 1.5);
-    QCOMPARE(widget->deliveries.at(1).name, QStringLiteral("B"));
-    QCOMPARE(widget->deliveries.at(1).tSec, 12.25);
-}
-
-void tst_SignalRouter::unboundAndNestedWidgetsReceiveNothing()
-{
+    auto *batching = add(new BatchingWidget, {QStringLiteral("A"), QStringLiteral("B")});
+    auto *idle = add(new BatchingWidget, {QStringLiteral("Z")});
     auto *unbound = add(new RecordingWidget);
     // Only top-level items take part.
     auto *parentItem = new DashboardItem(new RecordingWidget);
@@ -187,7 +177,16 @@ void tst_SignalRouter::unboundAndNestedWidgetsReceiveNothing()
     nested->setSignalNames({QStringLiteral("A")});
     new DashboardItem(nested, parentItem);
 
-    m_router->routeValues({{QStringLiteral("A"), 2.0}}, 0.0);
+    m_router->routeValues({{QStringLiteral("A"), 1.5}, {QStringLiteral("B"), 2.0}, {QStringLiteral("C"), 3.0}}, 12.25);
+    QCOMPARE(widget->deliveries.size(), 2);
+    QCOMPARE(widget->deliveries.at(0).name, QStringLiteral("A"));
+    QCOMPARE(widget->deliveries.at(0).value, 1.5);
+    QCOMPARE(widget->deliveries.at(1).tSec, 12.25);
+    // A batching widget gets the frame between one beginBatch() and one endBatch().
+    QCOMPARE(batching->deliveries.size(), 2);
+    QCOMPARE(batching->begun, 1);
+    QCOMPARE(batching->ended, 1);
+    QCOMPARE(idle->begun, 0);
     QVERIFY(unbound->deliveries.isEmpty());
     QVERIFY(nested->deliveries.isEmpty());
 }
@@ -222,17 +221,6 @@ void tst_SignalRouter::indexFollowsTheScene()
     });
     m_router->routeValue(QStringLiteral("A"), 5.0, 0.0);
     QCOMPARE(m_router->widgetsForSignal(QStringLiteral("A")), QList<DashboardWidget *>{third});
-}
-
-void tst_SignalRouter::frameIsDeliveredInOneBatchPerWidget()
-{
-    auto *batching = add(new BatchingWidget, {QStringLiteral("A"), QStringLiteral("B")});
-    auto *idle = add(new BatchingWidget, {QStringLiteral("Z")});
-    m_router->routeValues({{QStringLiteral("A"), 1.0}, {QStringLiteral("B"), 2.0}, {QStringLiteral("C"), 3.0}}, 1.0);
-    QCOMPARE(batching->deliveries.size(), 2);
-    QCOMPARE(batching->begun, 1);
-    QCOMPARE(batching->ended, 1);
-    QCOMPARE(idle->begun, 0);
 }
 
 void tst_SignalRouter::mappingsFollowTheCatalogue()
