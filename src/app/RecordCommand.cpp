@@ -30,6 +30,7 @@ RecordCommand::RecordCommand(QObject *parent)
             [this] { finish(0, QStringLiteral("interrupted")); });
     m_deviceWatch->setInterval(DeviceWatchMs);
     connect(m_deviceWatch, &QTimer::timeout, this, &RecordCommand::checkDevicePresent);
+    connect(m_writer, &RecordingWriter::writeFailed, this, &RecordCommand::onWriteFailed);
 }
 
 QString RecordCommand::devicePathFor(const QString &portName)
@@ -115,6 +116,14 @@ void RecordCommand::onPortLost()
                .arg(m_lastSerialError));
 }
 
+// The writer keeps trying, so recording goes on; the user learns at once,
+// and the exit status says that lines may be missing.
+void RecordCommand::onWriteFailed(const QString &message)
+{
+    m_writeFailed = true;
+    QTextStream(stderr) << "ombrix-cli record: cannot write " << filePath() << ": " << message << Qt::endl;
+}
+
 // A hung-up terminal (a closed pseudo-terminal, some adapters) only reads
 // end-of-file and never reports an error; its device file is gone though.
 void RecordCommand::checkDevicePresent()
@@ -134,7 +143,7 @@ void RecordCommand::finish(int exitCode, const QString &reason)
     m_deviceWatch->stop();
     m_writer->stop();
     m_serial->close();
-    Q_EMIT finished(exitCode, reason);
+    Q_EMIT finished(exitCode == 0 && m_writeFailed ? 1 : exitCode, reason);
 }
 
 namespace {
@@ -226,11 +235,11 @@ int RecordCommand::run(const QStringList &args)
 {
     CliCommand cli(QStringLiteral("record"),
                    QStringLiteral("--port NAME --project DIR [--baud N] [--def FILE] [--duration S | --lines N]"),
-                   QStringLiteral("Record a serial port into DIR/recordings, as the window does, until the\n"
-                                  "limit is reached, Ctrl+C, or the device goes away. Prints the recording's path.\n"
-                                  "Exit status: 0 when stopped, 1 when the port or file cannot be opened,\n"
-                                  "2 for bad arguments, 3 when the device went away (the recording keeps\n"
-                                  "every line received until then)."));
+                   QStringLiteral("Record a serial port into DIR/recordings, as the window does, until\n"
+                                  "the limit is reached, Ctrl+C, or the device goes away. Prints the\n"
+                                  "recording's path. Exit status: 0 when stopped, 1 when the port or the\n"
+                                  "file cannot be opened or written, 2 for bad arguments, 3 when the\n"
+                                  "device went away (the recording keeps every line received until then)."));
     RecordArguments arguments;
     int exitCode = 0;
     if (!parseArguments(cli, args, &arguments, &exitCode))

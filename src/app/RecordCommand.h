@@ -21,8 +21,9 @@ class TerminationNotifier;
 // and runs until the limit, SIGINT/SIGTERM, or the device going away.
 //
 // Exit codes: 0 after a clean stop (limit or signal), 1 when the port or
-// the file cannot be opened, 2 for bad arguments, 3 when the device
-// disappeared (the recording then holds every line received until then).
+// the file cannot be opened or writing failed on the way, 2 for bad
+// arguments, 3 when the device disappeared (the recording then holds every
+// line received until then).
 class RecordCommand : public QObject
 {
     Q_OBJECT
@@ -57,6 +58,7 @@ private:
     void connectSerial();
     void onRawLine();
     void onPortLost();
+    void onWriteFailed(const QString &message);
     void checkDevicePresent();
     void finish(int exitCode, const QString &reason);
 
@@ -70,4 +72,5 @@ private:
     qint64 m_lineLimit = 0;
     qint64 m_linesReceived = 0;
     bool m_accepting = false;
+    bool m_writeFailed = false;
 };
