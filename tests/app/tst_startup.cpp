@@ -1,33 +1,19 @@
-#include "Dashboard.h"
+#include "WindowFixture.h"
+
 #include "MainToolBars.h"
-#include "Ombrix.h"
 #include "PtyPair.h"
-#include "ScriptedPrompts.h"
 #include "SerialManager.h"
 #include "SignalDefinitions.h"
 #include "StartupOptions.h"
 
-#include <QDir>
-#include <QFile>
 #include <QSettings>
 #include <QSignalSpy>
-#include <QStandardPaths>
 #include <QStatusBar>
-#include <QTemporaryDir>
-#include <QTest>
 
 namespace {
 
 const QByteArray kDefinitions = QByteArrayLiteral("DASHBOARD_SIGNAL(RPM, \"Engine speed\", float)\n"
                                                   "DASHBOARD_MAPPING(RPM, 10, 0.5)\n");
-
-void writeFile(const QString &path, const QByteArray &bytes)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-}
 
 QString remembered(const QString &organisation)
 {
@@ -78,8 +64,7 @@ private:
 QString tst_Startup::makeProject(const QString &name, const QByteArray &definitions)
 {
     const QString dir = m_root->filePath(name);
-    writeFile(dir + QLatin1String("/dashboard_signals.def"), definitions);
-    return dir;
+    return WindowFixture::writeFile(dir + QLatin1String("/dashboard_signals.def"), definitions) ? dir : QString();
 }
 
 void tst_Startup::initTestCase()
@@ -160,7 +145,7 @@ void tst_Startup::commandLinePrecedence()
     QFETCH(QString, signal);
     const QString project = makeProject(QStringLiteral("project"), "DASHBOARD_SIGNAL(OWN, \"own\", float)\n");
     const QString defPath = project + QLatin1String("/variant.def");
-    writeFile(defPath, kDefinitions);
+    QVERIFY(WindowFixture::writeFile(defPath, kDefinitions));
     const QString other = makeProject(QStringLiteral("other"));
 
     Ombrix window;
@@ -181,7 +166,7 @@ void tst_Startup::defOutsideProjectLoadsFileUnderCurrentFolder()
     QDir(m_root->path()).mkpath(QStringLiteral("work"));
     QDir::setCurrent(m_root->filePath(QStringLiteral("work")));
     const QString defPath = m_root->filePath(QStringLiteral("loose/custom.def"));
-    writeFile(defPath, kDefinitions);
+    QVERIFY(WindowFixture::writeFile(defPath, kDefinitions));
 
     Ombrix window;
     ScriptedPrompts *prompts = ScriptedPrompts::installOn(window);
@@ -217,7 +202,7 @@ void tst_Startup::badDefinitionsWarnAndKeepPreviousCatalogue()
     if (kind == QLatin1String("directory")) {
         QDir(m_root->path()).mkpath(QStringLiteral("defs.def"));
     } else if (kind == QLatin1String("unreadable")) {
-        writeFile(path, kDefinitions);
+        QVERIFY(WindowFixture::writeFile(path, kDefinitions));
         QFile(path).setPermissions(QFileDevice::Permissions());
         if (QFile(path).open(QIODevice::ReadOnly))
             QSKIP("running with rights that read any file");
