@@ -98,11 +98,10 @@ private Q_SLOTS:
         QTest::addColumn<QSizeF>("size");
         QTest::addColumn<qreal>("z");
         QTest::newRow("only type") << QJsonObject() << QPointF(0, 0) << QSizeF(80, 60) << 0.0;
-        QTest::newRow("not finite") << QJsonObject{{"x", nan}, {"width", nan}, {"z", nan}} << QPointF(0, 0)
-                                    << QSizeF(80, 60) << 0.0;
-        QTest::newRow("wrong types") << QJsonObject{{"x", "12"}, {"width", QJsonArray{1}}, {"z", "top"},
-                                                    {"signals", "rpm"}, {"config", QJsonArray{1, 2}}}
-                                     << QPointF(0, 0) << QSizeF(80, 60) << 0.0;
+        QTest::newRow("not finite or wrong types")
+            << QJsonObject{{"x", nan}, {"y", "12"}, {"width", QJsonArray{1}}, {"height", nan}, {"z", "top"},
+                           {"signals", "rpm"}, {"config", QJsonArray{1, 2}}}
+            << QPointF(0, 0) << QSizeF(80, 60) << 0.0;
     }
 
     void recordValuesFallBackOrAreClamped()
