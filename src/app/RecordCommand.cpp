@@ -61,7 +61,6 @@ bool RecordCommand::start(const SerialSettings &settings, const QString &project
         return false;
     }
     m_lineLimit = limits.lines;
-    m_accepting = true;
     connectSerial();
     if (limits.durationMs > 0)
         m_durationTimer->start(std::chrono::milliseconds(limits.durationMs));
@@ -75,38 +74,25 @@ bool RecordCommand::start(const SerialSettings &settings, const QString &project
 void RecordCommand::connectSerial()
 {
     connect(m_serial, &SerialManager::rawLineReceived, this, &RecordCommand::onRawLine);
-    connect(m_serial, &SerialManager::lineParsed, this, [this](double t, const QMap<QString, double> &values) {
-        if (m_accepting)
-            m_writer->appendValues(t, values);
-    });
-    connect(m_serial, &SerialManager::stateParsed, this,
-            [this](double t, const QString &group, const QString &state) {
-                if (m_accepting)
-                    m_writer->appendState(t, group, state);
-            });
-    connect(m_serial, &SerialManager::errorParsed, this, [this](double t, const QString &id) {
-        if (m_accepting)
-            m_writer->appendError(t, id);
-    });
-    connect(m_serial, &SerialManager::unrecognizedParsed, this, [this](double t, const QString &text) {
-        if (m_accepting)
-            m_writer->appendMessage(t, text);
-    });
+    connect(m_serial, &SerialManager::lineParsed, m_writer, &RecordingWriter::appendValues);
+    connect(m_serial, &SerialManager::stateParsed, m_writer, &RecordingWriter::appendState);
+    connect(m_serial, &SerialManager::errorParsed, m_writer, &RecordingWriter::appendError);
+    connect(m_serial, &SerialManager::unrecognizedParsed, m_writer, &RecordingWriter::appendMessage);
     connect(m_serial, &SerialManager::portLost, this, &RecordCommand::onPortLost);
 }
 
-// Comes first of a line's signals: past the limit the line is left out
-// whole, and the line that reaches the limit is finished before stopping.
+// Comes first of a line's signals: past the limit the writer is cut off
+// before the line's events, and the line that reaches the limit is
+// finished before stopping.
 void RecordCommand::onRawLine()
 {
-    if (!m_accepting || (m_lineLimit > 0 && m_linesReceived >= m_lineLimit)) {
-        m_accepting = false;
+    if (m_lineLimit > 0 && m_linesReceived >= m_lineLimit) {
+        disconnect(m_serial, nullptr, m_writer, nullptr);
         return;
     }
     ++m_linesReceived;
-    if (m_lineLimit > 0 && m_linesReceived == m_lineLimit) {
+    if (m_lineLimit > 0 && m_linesReceived == m_lineLimit)
         QTimer::singleShot(0, this, [this] { finish(0, QStringLiteral("line limit reached")); });
-    }
 }
 
 void RecordCommand::onPortLost()
@@ -138,7 +124,6 @@ void RecordCommand::finish(int exitCode, const QString &reason)
 {
     if (!m_writer->isRecording())
         return;
-    m_accepting = false;
     m_durationTimer->stop();
     m_deviceWatch->stop();
     m_writer->stop();

@@ -71,6 +71,5 @@ private:
     QString m_lastSerialError;
     qint64 m_lineLimit = 0;
     qint64 m_linesReceived = 0;
-    bool m_accepting = false;
     bool m_writeFailed = false;
 };
