@@ -18,10 +18,7 @@ private Q_SLOTS:
     void linesFollowTheGrammar();
     void sameSeedSameLines();
     void statesCycleAndEventsAreOccasional();
-    void mappedValuesLookPhysical_data();
-    void mappedValuesLookPhysical();
     void timestampsFollowTheLineInterval();
-    void sparseDefinitionsStillGiveLines_data();
     void sparseDefinitionsStillGiveLines();
 
 private:
@@ -124,38 +121,6 @@ void TestDeviceSimulator::statesCycleAndEventsAreOccasional()
     QVERIFY(messages >= 5 && messages < count / 50);
 }
 
-void TestDeviceSimulator::mappedValuesLookPhysical_data()
-{
-    QTest::addColumn<QString>("signal");
-    QTest::addColumn<double>("low");
-    QTest::addColumn<double>("high");
-    QTest::addColumn<double>("largestStep"); // between two lines at 50 lines/s
-
-    QTest::newRow("speed") << "SPEED" << 0.0 << 4000.0 << 100.0;
-    QTest::newRow("phase current") << "PHASE_I" << -5.0 << 50.0 << 3.0;
-    QTest::newRow("bus voltage") << "BUS_V" << 280.0 << 380.0 << 3.0;
-    QTest::newRow("winding temperature") << "WINDING_T" << 20.0 << 120.0 << 2.0;
-    QTest::newRow("supply pressure") << "SUPPLY_P" << 2.0 << 8.0 << 0.2;
-}
-
-void TestDeviceSimulator::mappedValuesLookPhysical()
-{
-    QFETCH(QString, signal);
-    QFETCH(double, low);
-    QFETCH(double, high);
-    QFETCH(double, largestStep);
-
-    DeviceSimulator simulator(m_demo, 8);
-    double previous = qQNaN();
-    for (const ParsedLine &line : parsedLines(simulator, 50 * 200)) {
-        const double value = m_demo.mapped(signal, line.values.value(signal, qQNaN()));
-        QVERIFY2(value >= low && value <= high, qPrintable(QString::number(value)));
-        if (!std::isnan(previous))
-            QVERIFY2(std::fabs(value - previous) <= largestStep, qPrintable(QString::number(value - previous)));
-        previous = value;
-    }
-}
-
 void TestDeviceSimulator::timestampsFollowTheLineInterval()
 {
     DeviceSimulator simulator(m_demo, 1);
@@ -169,30 +134,24 @@ void TestDeviceSimulator::timestampsFollowTheLineInterval()
     }
 }
 
-void TestDeviceSimulator::sparseDefinitionsStillGiveLines_data()
-{
-    QTest::addColumn<QByteArray>("definitions");
-    QTest::newRow("empty") << QByteArray();
-    QTest::newRow("states only") << QByteArray("DASHBOARD_STATE(MODE, RUN, \"Run\")\n");
-    QTest::newRow("errors only") << QByteArray("DASHBOARD_ERROR(E1, 1, \"One\")\n");
-    QTest::newRow("signal with zero scale") << QByteArray("DASHBOARD_SIGNAL(A, \"A\", float)\nDASHBOARD_MAPPING(A, 1, 0)\n");
-}
-
 void TestDeviceSimulator::sparseDefinitionsStillGiveLines()
 {
-    QFETCH(QByteArray, definitions);
+    const QByteArray cases[] = {"", "DASHBOARD_STATE(MODE, RUN, \"Run\")\n", "DASHBOARD_ERROR(E1, 1, \"One\")\n",
+                                "DASHBOARD_SIGNAL(A, \"A\", float)\nDASHBOARD_MAPPING(A, 1, 0)\n"}; // zero scale
     QTemporaryDir dir;
-    QFile file(dir.filePath(QStringLiteral("dashboard_signals.def")));
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(definitions) == definitions.size());
-    file.close();
-    SignalDefinitions defs;
-    QVERIFY(defs.load(file.fileName()));
-    DeviceSimulator simulator(defs, 2);
-    const QList<ParsedLine> lines = parsedLines(simulator, 500);
-    QCOMPARE(lines.size(), 500);
-    for (const ParsedLine &line : lines) {
-        for (const double value : line.values)
-            QVERIFY(std::isfinite(value));
+    for (const QByteArray &definitions : cases) {
+        QFile file(dir.filePath(QStringLiteral("dashboard_signals.def")));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(definitions) == definitions.size());
+        file.close();
+        SignalDefinitions defs;
+        QVERIFY(defs.load(file.fileName()));
+        DeviceSimulator simulator(defs, 2);
+        const QList<ParsedLine> lines = parsedLines(simulator, 500);
+        QCOMPARE(lines.size(), 500);
+        for (const ParsedLine &line : lines) {
+            for (const double value : line.values)
+                QVERIFY2(std::isfinite(value), definitions.constData());
+        }
     }
 }
 

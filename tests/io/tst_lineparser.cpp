@@ -2,8 +2,6 @@
 
 #include <QtTest>
 
-#include <cmath>
-
 using ValueMap = QMap<QString, double>;
 
 class TestLineParser : public QObject
@@ -15,7 +13,6 @@ private Q_SLOTS:
     void grammar();
     void blankLinesAreNotLines_data();
     void blankLinesAreNotLines();
-    void unusualNumbersAsValues();
     void reusedResultMatchesAFreshOne_data();
     void reusedResultMatchesAFreshOne();
 };
@@ -116,16 +113,6 @@ void TestLineParser::blankLinesAreNotLines()
     QVERIFY(!LineParser::parse(line, 1.0, parsed));
     QVERIFY(parsed.values.isEmpty());
     QVERIFY(parsed.line.isEmpty());
-}
-
-void TestLineParser::unusualNumbersAsValues()
-{
-    ParsedLine parsed;
-    QVERIFY(LineParser::parse(QStringLiteral("inf A=nan B=-INF C=1e999 D=1,5 E=infinity"), 0.0, parsed));
-    QVERIFY(std::isinf(parsed.timestamp));
-    QCOMPARE(parsed.values.keys(), QStringList({"A", "B"}));
-    QVERIFY(std::isnan(parsed.values.value("A")));
-    QCOMPARE(parsed.values.value("B"), -qInf());
 }
 
 // The receive path parses every line into one reused result, updating its
