@@ -1,6 +1,5 @@
 #include "CliRun.h"
 
-#include <QFile>
 #include <QProcess>
 
 QString CliRun::program()
@@ -31,16 +30,4 @@ bool CliRun::isUsageError(const QString &command) const
     return exitCode == 2 && out.isEmpty() && lines.size() > 2
         && lines.at(0).startsWith(QByteArray("ombrix-cli " + name + ": "))
         && lines.at(1).startsWith(QByteArray("Usage: ombrix-cli " + name));
-}
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
 }

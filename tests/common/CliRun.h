@@ -19,7 +19,3 @@ struct CliRun
     // "ombrix-cli <command>: ..." on stderr, then the command's usage.
     bool isUsageError(const QString &command) const;
 };
-
-// Whole-file helpers for tests that compare outputs byte for byte.
-QByteArray readFile(const QString &path);
-bool writeFile(const QString &path, const QByteArray &bytes);

@@ -1,5 +1,5 @@
-#include "CliRun.h"
 #include "SignalDefinitions.h"
+#include "TestFiles.h"
 
 #include <QTemporaryDir>
 #include <QtTest>

@@ -3,6 +3,7 @@
 #include "Recording.h"
 #include "SignalDefinitions.h"
 #include "SignalsCsvExporter.h"
+#include "TestFiles.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -1,6 +1,7 @@
 #include "CliRun.h"
 #include "PtyPair.h"
 #include "Recording.h"
+#include "TestFiles.h"
 
 #include <QDir>
 #include <QFileInfo>
