@@ -14,7 +14,7 @@ class TestNumberParser : public QObject
 private Q_SLOTS:
     void agreesOnChosenTexts();
     void agreesOnGeneratedDecimals();
-    void agreesOnRandomJunkAndSpellings();
+    void agreesOnRandomJunk();
 };
 
 // Empty when both conversions agree, else a description for the failure message.
@@ -38,18 +38,15 @@ static QString mismatch(const QString &text)
 
 void TestNumberParser::agreesOnChosenTexts()
 {
+    // Signs, points and exponents at the edges of the plain form, the limits
+    // of the double range, and the forms a locale or another language allows.
     const char *const cases[] = {
-        "0", "-0", "+0", "1", "+1", "-1", "007", "-007.50", "00.5", "1.", ".5", "-.5", "+.5", ".", "-.", "+.",
-        "+", "-", "", "e", "e5", ".e5", "1e", "1e+", "1e-", "1.e5", "1e5", "1E5", "1e+05", "1E-5", "1e0005",
-        "3000", "71.2", "-40.25", "0.1", "0.3", "123456789012345678", "9007199254740993",
-        "1.7976931348623157e308", "1.7976931348623159e308", "1e308", "1e309", "1e400", "-1e400",
-        "2.2250738585072011e-308", "2.2250738585072014e-308", "4.9e-324", "2.4703282292062327e-324",
-        "2.4703282292062328e-324", "1e-320", "1e-324", "1e-400", "0e999999", "0.000e-99999", "-0e5",
-        "0x10", "0X1A", "0x1p3", "0b101", "1,000", "1,5", "1.000,5", "1'000", "1_000", "1 000", "--1", "+-1",
-        "-+1", "1..2", "1.2.3", "1e5.5", "1e5e5", "1d", "1f", "1L", "12.5abc", "abc", "A=1", "=5", " 1", "1 ",
-        "\t1\n", " \t", "\v1\f", "1\r", "12345678901234567890123456789012", "123456789012345678901234567890123",
-        "0.000000000000000000000000000001", "1000000000000000000000000000000000000000e-40",
-        "-1.797693134862315708145274237317043567981e+308",
+        "-0", "+.5", "1.", ".", "-.", "+", "", "e5", ".e5", "1e", "1e+", "1.e5", "1e0005", "9007199254740993",
+        "1.7976931348623159e308", "1e309", "-1e400", "2.2250738585072011e-308", "4.9e-324",
+        "2.4703282292062327e-324", "2.4703282292062328e-324", "1e-400", "0e999999", "0x10", "0x1p3", "1,5", "1'000",
+        "1_000", "1 000", "+-1", "1..2", "1e5.5", "1d", "1f", "12.5abc", " 1", "1 ", "\t1\n", "\v1\f", "1\r",
+        "123456789012345678901234567890123", "1000000000000000000000000000000000000000e-40",
+        "inf", "-INF", "NaN", "+Infinity", "iNfInItY", "infinity1", "nanx", "in", "-nan ",
     };
     for (const char *text : cases)
         CHECK_AGREES(QString::fromLatin1(text));
@@ -97,7 +94,8 @@ void TestNumberParser::agreesOnGeneratedDecimals()
     }
 }
 
-void TestNumberParser::agreesOnRandomJunkAndSpellings()
+// Random texts from the characters that matter.
+void TestNumberParser::agreesOnRandomJunk()
 {
     const QString alphabet = QStringLiteral("0123456789+-.eE,x infaINFA\t\u00a0\u0663");
     QRandomGenerator random(7);
@@ -106,19 +104,6 @@ void TestNumberParser::agreesOnRandomJunkAndSpellings()
         for (int j = random.bounded(1, 12); j > 0; --j)
             text += alphabet.at(random.bounded(alphabet.size()));
         CHECK_AGREES(text);
-    }
-    // inf, nan and infinity in every mix of case, with signs and suffixes.
-    for (const QString &word : {QStringLiteral("inf"), QStringLiteral("nan"), QStringLiteral("infinity")}) {
-        for (int mask = 0; mask < (1 << word.size()); ++mask) {
-            QString spelled = word;
-            for (int i = 0; i < word.size(); ++i) {
-                if (mask & (1 << i))
-                    spelled[i] = spelled.at(i).toUpper();
-            }
-            for (const char *sign : {"", "+", "-"})
-                for (const char *suffix : {"", " ", "x", "1"})
-                    CHECK_AGREES(QLatin1String(sign) + spelled + QLatin1String(suffix));
-        }
     }
 }
 
