@@ -1,22 +1,17 @@
 #include "SimulateCommand.h"
 
 #include "DeviceSimulator.h"
+#include "LinePacer.h"
+#include "PseudoTerminal.h"
 #include "SignalDefinitions.h"
 
 #include <QCommandLineParser>
 #include <QDir>
-#include <QElapsedTimer>
-#include <QFileInfo>
 
 #include <algorithm>
 #include <cerrno>
-#include <cmath>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
-#include <fcntl.h>
-#include <poll.h>
-#include <termios.h>
 #include <unistd.h>
 
 namespace {
@@ -43,51 +38,8 @@ void installSignalHandlers()
     std::signal(SIGPIPE, SIG_IGN);
 }
 
-constexpr int LinesPerChunk = 4096;           // lines built per burst at full speed
 constexpr qsizetype FullSpeedLow = 64 * 1024; // at full speed, build more once fewer bytes wait
 constexpr qsizetype MaxPending = 512 * 1024;  // bytes waiting for a slow reader before old lines go
-
-// Paces the stream: how many lines are due now, and whether time is up.
-class Pacer
-{
-public:
-    explicit Pacer(const SimulateCommand::Options &options)
-        : m_options(options)
-    {
-        m_clock.start();
-    }
-
-    bool finished(qint64 linesSent) const
-    {
-        if (g_stopRequested)
-            return true;
-        if (m_options.count >= 0 && linesSent >= m_options.count)
-            return true;
-        return m_options.duration >= 0 && double(m_clock.nsecsElapsed()) >= m_options.duration * 1e9;
-    }
-
-    // Lines to produce now, given how many were produced so far: never more
-    // than one chunk, so that a huge rate cannot build an endless burst, and
-    // at most a second's worth when catching up after a stall.
-    qint64 due(qint64 produced) const
-    {
-        double lines = LinesPerChunk;
-        if (m_options.rate > 0) {
-            const double target = std::floor(double(m_clock.nsecsElapsed()) * 1e-9 * m_options.rate) + 1;
-            lines = std::min({lines, target - double(produced), m_options.rate + 1});
-        }
-        if (m_options.count >= 0)
-            lines = std::min(lines, double(m_options.count - produced));
-        return lines > 0 ? qint64(lines) : 0;
-    }
-
-    // Milliseconds until the next line is due (at most 20).
-    int waitMs() const { return m_options.rate > 0 ? int(qBound(1.0, 1000.0 / m_options.rate, 20.0)) : 0; }
-
-private:
-    const SimulateCommand::Options &m_options;
-    QElapsedTimer m_clock;
-};
 
 void appendDue(DeviceSimulator &simulator, QByteArray &out, qint64 lines)
 {
@@ -107,110 +59,6 @@ void trimPending(QByteArray &pending, qsizetype limit)
     const qsizetype cut = pending.indexOf('\n', firstEnd + (pending.size() - limit) - 1);
     pending.remove(firstEnd, (cut < 0 ? pending.size() : cut + 1) - firstEnd);
 }
-
-// A pseudo-terminal master in raw mode; its slave is the device path a reader opens.
-class PseudoTerminal
-{
-public:
-    ~PseudoTerminal()
-    {
-        if (!m_link.isEmpty())
-            QFile::remove(m_link);
-        if (m_fd >= 0)
-            ::close(m_fd);
-    }
-
-    bool open(QString &error)
-    {
-        m_fd = posix_openpt(O_RDWR | O_NOCTTY);
-        if (m_fd < 0 || grantpt(m_fd) != 0 || unlockpt(m_fd) != 0) {
-            error = QStringLiteral("cannot open a pseudo-terminal: ") + QString::fromLocal8Bit(strerror(errno));
-            return false;
-        }
-        const char *name = ptsname(m_fd);
-        m_slavePath = name ? QString::fromLocal8Bit(name) : QString();
-        termios raw = {};
-        if (tcgetattr(m_fd, &raw) == 0) {
-            cfmakeraw(&raw);
-            tcsetattr(m_fd, TCSANOW, &raw);
-        }
-        fcntl(m_fd, F_SETFL, fcntl(m_fd, F_GETFL) | O_NONBLOCK);
-        // The master reports a hang-up only once a slave was opened and closed.
-        const int slave = ::open(QFile::encodeName(m_slavePath).constData(), O_RDWR | O_NOCTTY);
-        if (slave >= 0)
-            ::close(slave);
-        return true;
-    }
-
-    bool link(const QString &path, QString &error)
-    {
-        QFileInfo existing(path);
-        if ((existing.exists() || existing.isSymLink()) && !QFile::remove(path)) {
-            error = QStringLiteral("cannot replace ") + path;
-            return false;
-        }
-        if (::symlink(QFile::encodeName(m_slavePath).constData(), QFile::encodeName(path).constData()) != 0) {
-            error = QStringLiteral("cannot create link ") + path + QStringLiteral(": ")
-                + QString::fromLocal8Bit(strerror(errno));
-            return false;
-        }
-        m_link = path;
-        return true;
-    }
-
-    // True while some reader has the slave side open.
-    bool readerAttached() const
-    {
-        pollfd p = {m_fd, 0, 0};
-        return ::poll(&p, 1, 0) >= 0 && !(p.revents & (POLLHUP | POLLERR));
-    }
-
-    // Writes what the terminal takes now and removes it from pending; false
-    // when the reader went away.
-    bool writeSome(QByteArray &pending)
-    {
-        qsizetype done = 0;
-        bool alive = true;
-        while (done < pending.size()) {
-            const ssize_t n = ::write(m_fd, pending.constData() + done, size_t(pending.size() - done));
-            if (n > 0) {
-                done += n;
-                continue;
-            }
-            if (n < 0 && errno == EINTR)
-                continue;
-            alive = n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK);
-            break;
-        }
-        pending.remove(0, done);
-        return alive;
-    }
-
-    // Drops bytes queued for the slave before its reader opened it.
-    void discardStale() const
-    {
-        tcflush(m_fd, TCIOFLUSH);
-        const int slave = ::open(QFile::encodeName(m_slavePath).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK);
-        if (slave >= 0) {
-            tcflush(slave, TCIFLUSH);
-            ::close(slave);
-        }
-    }
-
-    // Waits until the terminal can take more bytes or timeoutMs pass.
-    void waitWritable(int timeoutMs) const
-    {
-        pollfd p = {m_fd, POLLOUT, 0};
-        ::poll(&p, 1, timeoutMs);
-    }
-
-    QString slavePath() const { return m_slavePath; }
-
-private:
-    int m_fd = -1;
-    QString m_slavePath;
-    QString m_link;
-};
 
 // Reads a number >= 0 into target when the option is given; false with error set when it is not a number.
 bool readNumber(const QCommandLineParser &parser, const QCommandLineOption &option, double &target, QString &error)
@@ -357,11 +205,11 @@ int SimulateCommand::run(const QStringList &args)
 int SimulateCommand::streamToStdout(DeviceSimulator &simulator, const Options &options)
 {
     std::fflush(stdout);
-    Pacer pacer(options);
+    LinePacer pacer(options.rate, options.duration, options.count);
     QByteArray chunk;
     chunk.reserve(1024 * 1024);
     qint64 produced = 0;
-    while (!pacer.finished(produced)) {
+    while (!g_stopRequested && !pacer.finished(produced)) {
         const qint64 lines = pacer.due(produced);
         if (lines == 0) {
             ::usleep(useconds_t(pacer.waitMs()) * 1000);
@@ -388,11 +236,11 @@ int SimulateCommand::streamToPty(DeviceSimulator &simulator, const Options &opti
     std::printf("%s\n", devicePath.toLocal8Bit().constData());
     std::fflush(stdout);
 
-    Pacer pacer(options);
+    LinePacer pacer(options.rate, options.duration, options.count);
     QByteArray pending;
     qint64 produced = 0;
     bool attached = false;
-    while (!pacer.finished(produced)) {
+    while (!g_stopRequested && !pacer.finished(produced)) {
         const bool nowAttached = terminal.readerAttached();
         if (nowAttached && !attached)
             terminal.discardStale(); // nothing from before the reader opened the port
