@@ -27,8 +27,7 @@ class TestRecordingWriter : public QObject
 private Q_SLOTS:
     void init();
     void lineForms();
-    void fileNameFolderAndCompanion();
-    void neverOverwritesAnExistingRecording();
+    void newFilesBesideExistingOnes();
     void failuresAndMisuse();
     void flushesWhileRecording();
 
@@ -77,50 +76,45 @@ void TestRecordingWriter::lineForms()
     QCOMPARE(readAll(writer.filePath()), QByteArray("0.000000 ERR=E\n"));
 }
 
-void TestRecordingWriter::fileNameFolderAndCompanion()
+// Recordings of this second and the next two exist already: two writers
+// started now take new names beside them and leave them untouched, and the
+// stale companions left under the new names (their recordings were deleted)
+// do not survive.
+void TestRecordingWriter::newFilesBesideExistingOnes()
 {
     QCOMPARE(RecordingWriter::fileNameFor(QDateTime(QDate(2024, 1, 1), QTime(12, 0, 0))),
              QStringLiteral("log_20240101_120000.rec"));
-    // A leftover companion whose recording was deleted must not survive
-    // under the name of the new recording.
     const QString project = m_dir->filePath(QStringLiteral("nested/project"));
     const QDir recordings(project + u"/recordings");
     QVERIFY(recordings.mkpath(QStringLiteral(".")));
     const QDateTime now = QDateTime::currentDateTime();
-    for (int s = 0; s < 3; ++s)
-        writeFile(Recording::companionPathFor(recordings.filePath(RecordingWriter::fileNameFor(now.addSecs(s)))), "stale");
+    QStringList existing;
+    for (int s = 0; s < 3; ++s) {
+        existing.append(writeFile(recordings.filePath(RecordingWriter::fileNameFor(now.addSecs(s))), "0 KEEP=1\n"));
+        for (const char *suffix : {"_1.rec", "_2.rec"})
+            writeFile(Recording::companionPathFor(existing.last().chopped(4) + QLatin1String(suffix)), "stale");
+    }
 
     const QByteArray defs = "DASHBOARD_SIGNAL(RPM, \"Speed\", float)\n";
-    RecordingWriter writer;
-    QVERIFY(writer.start(project, definitions(defs)));
-    writer.stop();
-    const QFileInfo info(writer.filePath());
-    QCOMPARE(info.absolutePath(), recordings.absolutePath());
-    QVERIFY2(QRegularExpression(QStringLiteral("^log_\\d{8}_\\d{6}\\.rec$")).match(info.fileName()).hasMatch(),
-             qPrintable(info.fileName()));
-    QCOMPARE(readAll(recordings.filePath(info.completeBaseName() + u".signals.h")), defs);
-}
-
-void TestRecordingWriter::neverOverwritesAnExistingRecording()
-{
-    const QDir recordings(m_dir->filePath(QStringLiteral("recordings")));
-    QVERIFY(recordings.mkpath(QStringLiteral(".")));
-    const QDateTime now = QDateTime::currentDateTime();
-    for (int s = 0; s < 3; ++s)
-        writeFile(recordings.filePath(RecordingWriter::fileNameFor(now.addSecs(s))), "0.000000 KEEP=1\n");
-
     RecordingWriter first;
-    RecordingWriter second; // started within the same second
-    QVERIFY(first.start(m_dir->path(), definitions()));
-    QVERIFY(second.start(m_dir->path(), definitions()));
+    RecordingWriter second;
+    QVERIFY(first.start(project, definitions(defs)));
+    QVERIFY(second.start(project, definitions(defs)));
     first.appendMessage(0, QStringLiteral("one"));
     second.appendMessage(0, QStringLiteral("two"));
     first.stop();
     second.stop();
     QCOMPARE(readAll(first.filePath()), QByteArray("0.000000 RAWone\n"));
     QCOMPARE(readAll(second.filePath()), QByteArray("0.000000 RAWtwo\n"));
-    for (int s = 0; s < 3; ++s)
-        QCOMPARE(readAll(recordings.filePath(RecordingWriter::fileNameFor(now.addSecs(s)))), QByteArray("0.000000 KEEP=1\n"));
+    for (const RecordingWriter *writer : {&first, &second}) {
+        const QFileInfo info(writer->filePath());
+        QCOMPARE(info.absolutePath(), recordings.absolutePath());
+        QVERIFY2(QRegularExpression(QStringLiteral("^log_\\d{8}_\\d{6}_[12]\\.rec$")).match(info.fileName()).hasMatch(),
+                 qPrintable(info.fileName()));
+        QCOMPARE(readAll(recordings.filePath(info.completeBaseName() + u".signals.h")), defs);
+    }
+    for (const QString &path : std::as_const(existing))
+        QCOMPARE(readAll(path), QByteArray("0 KEEP=1\n"));
 }
 
 void TestRecordingWriter::failuresAndMisuse()
