@@ -18,7 +18,6 @@ private Q_SLOTS:
     void linesFollowTheGrammar();
     void sameSeedSameLines();
     void statesCycleAndEventsAreOccasional();
-    void timestampsFollowTheLineInterval();
     void sparseDefinitionsStillGiveLines();
 
 private:
@@ -119,19 +118,6 @@ void TestDeviceSimulator::statesCycleAndEventsAreOccasional()
     }
     QVERIFY(errors >= 5 && errors < count / 50);
     QVERIFY(messages >= 5 && messages < count / 50);
-}
-
-void TestDeviceSimulator::timestampsFollowTheLineInterval()
-{
-    DeviceSimulator simulator(m_demo, 1);
-    simulator.setTimestamps(true);
-    simulator.setLineInterval(0.25);
-    const QList<ParsedLine> lines = parsedLines(simulator, 40);
-    QCOMPARE(lines.size(), 40);
-    for (int i = 0; i < lines.size(); ++i) {
-        QVERIFY(lines.at(i).ownTimestamp);
-        QCOMPARE(lines.at(i).timestamp, i * 0.25);
-    }
 }
 
 void TestDeviceSimulator::sparseDefinitionsStillGiveLines()
