@@ -9,6 +9,8 @@
 #include <QFileInfo>
 #include <QTimer>
 
+#include <unistd.h>
+
 namespace {
 // Enough to keep write() calls rare at high line rates, small enough to
 // bound what sits in memory between the once-a-second flushes.
@@ -20,7 +22,7 @@ RecordingWriter::RecordingWriter(QObject *parent)
     , m_flushTimer(new QTimer(this))
 {
     m_flushTimer->setInterval(FlushIntervalMs);
-    connect(m_flushTimer, &QTimer::timeout, this, &RecordingWriter::flush);
+    connect(m_flushTimer, &QTimer::timeout, this, &RecordingWriter::flushToDisk);
 }
 
 RecordingWriter::~RecordingWriter()
@@ -89,7 +91,7 @@ void RecordingWriter::stop()
     if (!m_file)
         return;
     m_flushTimer->stop();
-    flush();
+    flushToDisk();
     m_file->close();
     m_file.reset();
 }
@@ -112,6 +114,15 @@ void RecordingWriter::flush()
         m_buffer.clear();
     }
     m_file->flush();
+}
+
+void RecordingWriter::flushToDisk()
+{
+    if (!m_file)
+        return;
+    flush();
+    // Past the page cache too, so that a power cut loses at most the last second.
+    ::fdatasync(m_file->handle());
     m_sinceFlush.restart();
 }
 
@@ -131,7 +142,9 @@ void RecordingWriter::endLine()
 {
     m_buffer += '\n';
     ++m_linesWritten;
-    if (m_buffer.size() >= WriteChunkBytes || m_sinceFlush.elapsed() >= FlushIntervalMs)
+    if (m_sinceFlush.elapsed() >= FlushIntervalMs)
+        flushToDisk();
+    else if (m_buffer.size() >= WriteChunkBytes)
         flush();
 }
 

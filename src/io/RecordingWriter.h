@@ -63,6 +63,8 @@ public:
 
     /// Hands every pending line to the operating system.
     void flush();
+    /// flush(), then waits until the lines are on the disk itself.
+    void flushToDisk();
 
     /// "log_yyyyMMdd_HHmmss.rec" for a local start time.
     static QString fileNameFor(const QDateTime &localStart);
