@@ -105,15 +105,15 @@ void RecordingWriter::flush()
 {
     if (!m_file)
         return;
-    if (!m_buffer.isEmpty()) {
-        if (m_file->write(m_buffer) != m_buffer.size() && !m_failureReported) {
-            m_failureReported = true;
-            m_errorString = m_file->errorString();
-            Q_EMIT writeFailed(m_errorString);
-        }
-        m_buffer.clear();
+    bool written = m_buffer.isEmpty() || m_file->write(m_buffer) == m_buffer.size();
+    m_buffer.clear();
+    // Small writes only reach the file's own buffer: the disk's refusal shows up here.
+    written = m_file->flush() && written;
+    if (!written && !m_failureReported) {
+        m_failureReported = true;
+        m_errorString = m_file->errorString();
+        Q_EMIT writeFailed(m_errorString);
     }
-    m_file->flush();
 }
 
 void RecordingWriter::flushToDisk()

@@ -5,8 +5,12 @@
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <csignal>
+#include <sys/resource.h>
 
 static QByteArray readAll(const QString &path)
 {
@@ -19,6 +23,29 @@ static QString writeFile(const QString &path, const QByteArray &content)
     QFile file(path);
     return file.open(QIODevice::WriteOnly) && file.write(content) == content.size() ? path : QString();
 }
+
+// Files of this process may grow no further while it lives, as on a full disk.
+class FileSizeLimit
+{
+public:
+    FileSizeLimit()
+    {
+        getrlimit(RLIMIT_FSIZE, &m_saved);
+        m_handler = std::signal(SIGXFSZ, SIG_IGN);
+        rlimit none = m_saved;
+        none.rlim_cur = 0;
+        setrlimit(RLIMIT_FSIZE, &none);
+    }
+    ~FileSizeLimit()
+    {
+        setrlimit(RLIMIT_FSIZE, &m_saved);
+        std::signal(SIGXFSZ, m_handler);
+    }
+
+private:
+    rlimit m_saved = {};
+    void (*m_handler)(int) = nullptr;
+};
 
 class TestRecordingWriter : public QObject
 {
@@ -134,6 +161,15 @@ void TestRecordingWriter::failuresAndMisuse()
     QVERIFY(!QFileInfo::exists(Recording::companionPathFor(writer.filePath())));
     QVERIFY(!writer.start(m_dir->path(), QString()));
     QCOMPARE(writer.errorString(), QStringLiteral("Already recording."));
+
+    // The last few lines are refused when they reach the disk: the loss is reported.
+    QSignalSpy failed(&writer, &RecordingWriter::writeFailed);
+    {
+        const FileSizeLimit full;
+        writer.appendMessage(0, QStringLiteral("lost"));
+        writer.stop();
+    }
+    QCOMPARE(failed.count(), 1);
 }
 
 void TestRecordingWriter::flushesWhileRecording()
