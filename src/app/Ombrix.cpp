@@ -538,11 +538,16 @@ void Ombrix::selectPlaybackFile()
 
 void Ombrix::setPlaybackFile(const QString &path)
 {
+    const bool otherFile = path != m_playback->filePath();
     m_playback->setFilePath(path);
     updatePlaybackFileDisplay();
     applyRecordingDefinitions();
     if (!path.isEmpty())
         loadPlaybackIntoEngine();
+    // A position in one recording means nothing in another: Play after
+    // Pause would resume at the old frame index.
+    if (otherFile)
+        m_playback->engine()->reset();
 }
 
 QString Ombrix::playbackFile() const

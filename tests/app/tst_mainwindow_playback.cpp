@@ -175,6 +175,16 @@ void tst_MainWindowPlayback::playbackRoutesEventsAtTheirTimesAndPauses()
     QCOMPARE(f.errors->lines().size(), 2);
     QCOMPARE(f.messages->lines().size(), 2);
     QVERIFY(f.window->engine()->currentTime() > 2.0);
+
+    // Another recording chosen while paused plays from its own start.
+    f.window->stopButton();
+    const QString other = f.project + QStringLiteral("/recordings/other.rec");
+    QVERIFY(WindowFixture::writeFile(other, "0.000000 RPM=400\n1.000000 RPM=500\n"));
+    f.window->setPlaybackFile(other);
+    f.window->playButton();
+    QCOMPARE(f.gauge->value(), 210.0);
+    f.advance(500);
+    QCOMPARE(f.window->mode(), Ombrix::Play);
 }
 
 void tst_MainWindowPlayback::seeksRestoreExactlyThePrecedingEvents()
