@@ -126,7 +126,16 @@ std::optional<StateGroupDef> SignalDefinitions::stateGroupFor(const QString &gro
 
 std::optional<StateDef> SignalDefinitions::stateFor(const QString &groupId, const QString &stateId) const
 {
-    return indexed(m_stateIndex, m_states, stateKey(groupId, stateId));
+    const auto found = indexed(m_stateIndex, m_states, stateKey(groupId, stateId));
+    if (!found || (found->groupId == groupId && found->stateId == stateId))
+        return found;
+    // Underscores in the ids made two states share a key; the group's own list tells them apart.
+    const QList<int> positions = m_statesByGroup.value(groupId);
+    for (auto it = positions.crbegin(); it != positions.crend(); ++it) {
+        if (m_states.at(*it).stateId == stateId)
+            return m_states.at(*it);
+    }
+    return std::nullopt;
 }
 
 std::optional<ErrorDef> SignalDefinitions::errorFor(const QString &name) const

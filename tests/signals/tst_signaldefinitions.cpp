@@ -125,6 +125,11 @@ void TestSignalDefinitions::lookUpsAreExactAndCaseSensitive()
     QVERIFY(!defs.stateGroupFor(QStringLiteral("mode")));
     QVERIFY(!defs.stateFor(QStringLiteral("MODE"), QStringLiteral("run")));
     QVERIFY(!defs.errorFor(QStringLiteral("e_hot")));
+    // Ids may hold underscores: MOTOR/FAULT_HI and MOTOR_FAULT/HI share the key ST_MOTOR_FAULT_HI.
+    const SignalDefinitions both = loaded("DASHBOARD_STATE(MOTOR, FAULT_HI, \"Motor fault high\")\n"
+                                          "DASHBOARD_STATE(MOTOR_FAULT, HI, \"Fault level high\")\n");
+    QCOMPARE(both.stateFor(QStringLiteral("MOTOR"), QStringLiteral("FAULT_HI"))->label, QStringLiteral("Motor fault high"));
+    QCOMPARE(both.stateFor(QStringLiteral("MOTOR_FAULT"), QStringLiteral("HI"))->label, QStringLiteral("Fault level high"));
     QCOMPARE(defs.displayNameFor(QStringLiteral("RPM")), QStringLiteral("Speed"));
     QCOMPARE(defs.displayNameFor(QStringLiteral("rpm")), QStringLiteral("rpm"));
 }
