@@ -213,11 +213,7 @@ void SignalRouter::ensureIndex()
     if (!m_dirty && m_sinceSceneCheck.isValid() && m_sinceSceneCheck.elapsed() < SceneCheckIntervalMs)
         return;
     m_sinceSceneCheck.start();
-    const qsizetype count = m_scene ? m_scene->items().size() : 0;
-    if (m_dirty || count != m_itemCount) {
-        m_itemCount = count;
-        rebuildIndex();
-    }
+    rebuildIndex();
 }
 
 void SignalRouter::rebuildIndex()

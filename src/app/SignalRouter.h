@@ -28,10 +28,12 @@ class StateIndicatorWidget;
  * value once, through setValueForSignalAt(name, value, tSec).
  *
  * The name -> widgets index is cached. It is rebuilt at once after
- * invalidate() or when an indexed widget was destroyed, and within
- * SceneCheckIntervalMs when the scene's item count changed (counting the
- * items on every line would cost more than the routing itself). Call
- * invalidate() after adding, removing or configuring items (a state
+ * invalidate() or when an indexed widget was destroyed, and otherwise at
+ * most SceneCheckIntervalMs old, so that items added, removed or rebound
+ * behind the router's back (the configuration dialog tells no one) are
+ * followed while data streams; looking at the scene on every line would
+ * cost more than the routing itself. Call invalidate() after adding,
+ * removing or configuring items for the change to count at once (a state
  * indicator's group is read at delivery time and needs no invalidation).
  *
  * Widgets that want a frame delivered with one repaint may expose invokable
@@ -109,7 +111,6 @@ private:
     QPointer<QGraphicsScene> m_scene;
     const SignalDefinitions *m_defs = nullptr;
     bool m_dirty = true;
-    qsizetype m_itemCount = -1;
     QElapsedTimer m_sinceSceneCheck;
     QHash<QString, QList<Target>> m_bySignal;
     QList<QPointer<StateIndicatorWidget>> m_stateIndicators;

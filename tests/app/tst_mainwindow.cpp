@@ -100,6 +100,12 @@ void tst_MainWindow::liveDataReachesItsWidgets()
     QVERIFY(errors->lines().at(0).endsWith(QLatin1String("E_HOT : Overheated")));
     QVERIFY(messages->lines().at(0).endsWith(QLatin1String("hello there")));
 
+    // Rebound in design mode, as the configuration dialog does it, a widget
+    // follows its new signal while the device streams on.
+    f.window->designButton();
+    other->setSignalNames({QStringLiteral("RPM")});
+    QTRY_VERIFY((pty.write("RPM=100\n"), other->value() == 60.0));
+
     QTest::mouseClick(f.window->toolBars()->connectButton, Qt::LeftButton);
     QCOMPARE(f.window->toolBars()->connectButton->text(), QStringLiteral("Connect"));
     QVERIFY(!f.window->serialManager()->isOpen());
