@@ -9,6 +9,8 @@
 #include <QFileInfo>
 #include <QTimer>
 
+#include <cmath>
+
 #include <unistd.h>
 
 namespace {
@@ -60,6 +62,7 @@ bool RecordingWriter::start(const QString &projectDir, const QString &definition
     m_originSet = false;
     m_failureReported = false;
     m_origin = 0.0;
+    m_lastTime = 0.0;
     m_linesWritten = 0;
     copyDefinitions(definitionsPath);
     m_sinceFlush.start();
@@ -130,11 +133,15 @@ bool RecordingWriter::beginLine(double t)
 {
     if (!m_file)
         return false;
-    if (!m_originSet) {
+    if (!m_originSet && std::isfinite(t)) {
         m_origin = t;
         m_originSet = true;
     }
-    m_buffer += QByteArray::number(t - m_origin, 'f', 6);
+    // A time that is no number would make its line unreadable (as the origin,
+    // every line): such a line keeps the time of the line before.
+    if (const double relative = t - m_origin; std::isfinite(relative))
+        m_lastTime = relative;
+    m_buffer += QByteArray::number(m_lastTime, 'f', 6);
     return true;
 }
 

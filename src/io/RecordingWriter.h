@@ -88,6 +88,7 @@ private:
     QString m_filePath;
     QString m_errorString;
     double m_origin = 0.0;
+    double m_lastTime = 0.0; // of the last line, relative to the origin
     bool m_originSet = false;
     bool m_failureReported = false;
     qint64 m_linesWritten = 0;

@@ -101,6 +101,16 @@ void TestRecordingWriter::lineForms()
     writer.appendError(50.0, QStringLiteral("E"));
     writer.stop();
     QCOMPARE(readAll(writer.filePath()), QByteArray("0.000000 ERR=E\n"));
+
+    // A device time stamp that is not a number ("nan", "inf") keeps its line readable, at the time before.
+    QVERIFY(writer.start(m_dir->path(), definitions()));
+    writer.appendValues(qQNaN(), {{QStringLiteral("A"), 1.0}});
+    writer.appendValues(10.0, {{QStringLiteral("A"), 2.0}});
+    writer.appendError(10.5, QStringLiteral("E"));
+    writer.appendMessage(qInf(), QStringLiteral("late"));
+    writer.stop();
+    QCOMPARE(readAll(writer.filePath()),
+             QByteArray("0.000000 A=1\n0.000000 A=2\n0.500000 ERR=E\n0.500000 RAWlate\n"));
 }
 
 // Recordings of this second and the next two exist already: two writers
