@@ -49,13 +49,14 @@ public:
     {
         bool changed = false;
         for (auto it = values.cbegin(); it != values.cend(); ++it) {
-            const auto column = m_column.constFind(it.key());
-            if (column == m_column.cend())
-                continue;
-            const auto &mapping = m_mappings[*column];
-            const double value = mapping ? mapping->apply(it.value()) : it.value();
-            m_cells[*column] = QString::number(value, 'g', 12);
-            changed = true;
+            // A name chosen twice has a column each.
+            for (auto column = m_column.constFind(it.key()); column != m_column.cend() && column.key() == it.key();
+                 ++column) {
+                const auto &mapping = m_mappings[*column];
+                const double value = mapping ? mapping->apply(it.value()) : it.value();
+                m_cells[*column] = QString::number(value, 'g', 12);
+                changed = true;
+            }
         }
         return changed;
     }
@@ -69,7 +70,7 @@ public:
     }
 
 private:
-    QHash<QString, int> m_column;
+    QMultiHash<QString, int> m_column;
     std::vector<QString> m_cells;
     std::vector<std::optional<SignalMapping>> m_mappings;
 };

@@ -134,6 +134,9 @@ void TestCsvExport::signalsCellByCell_data()
                                                          "0.750000,1,2,\n1.000000,0.123456789012,2,8\n");
     QTest::newRow("mapped") << SignalsExportOptions{{"A", "B"}, 0.0, true}
                             << QStringLiteral("time,A,B\n0.000000,10.5,\n0.250000,10.5,2\n1.000000,10.0617283945,2\n");
+    QTest::newRow("a name chosen twice fills both columns") << SignalsExportOptions{{"A", "B", "A"}, 0.0, false}
+                                                           << QStringLiteral("time,A,B,A\n0.000000,1,,1\n0.250000,1,2,1\n"
+                                                                             "1.000000,0.123456789012,2,0.123456789012\n");
     QTest::newRow("names quoted where needed") << SignalsExportOptions{{"plain", "a,b", "q\"x", "l\nf"}, 0.0, false}
                                                << QStringLiteral("time,plain,\"a,b\",\"q\"\"x\",\"l\nf\"\n");
     // Rejected choices: no file is touched.
