@@ -13,6 +13,8 @@ int s_fds[2] = {-1, -1};
 volatile std::sig_atomic_t s_requested = 0;
 struct sigaction s_oldInt;
 struct sigaction s_oldTerm;
+struct sigaction s_oldHup;
+bool s_hupInstalled = false;
 
 void onSignal(int signalNumber)
 {
@@ -45,6 +47,12 @@ TerminationNotifier::TerminationNotifier(QObject *parent)
     connect(m_notifier, &QSocketNotifier::activated, this, &TerminationNotifier::onReadable);
     install(SIGINT, &s_oldInt);
     install(SIGTERM, &s_oldTerm);
+    // A closed terminal ends the work like Ctrl+C, unless hang-ups are
+    // ignored on purpose (nohup).
+    ::sigaction(SIGHUP, nullptr, &s_oldHup);
+    s_hupInstalled = s_oldHup.sa_handler != SIG_IGN;
+    if (s_hupInstalled)
+        install(SIGHUP, &s_oldHup);
 }
 
 TerminationNotifier::~TerminationNotifier()
@@ -53,6 +61,8 @@ TerminationNotifier::~TerminationNotifier()
         return;
     ::sigaction(SIGINT, &s_oldInt, nullptr);
     ::sigaction(SIGTERM, &s_oldTerm, nullptr);
+    if (s_hupInstalled)
+        ::sigaction(SIGHUP, &s_oldHup, nullptr);
     m_notifier->setEnabled(false);
     ::close(s_fds[0]);
     ::close(s_fds[1]);

@@ -6,11 +6,12 @@ QT_BEGIN_NAMESPACE
 class QSocketNotifier;
 QT_END_NAMESPACE
 
-// Turns SIGINT and SIGTERM into a Qt signal, through a self-pipe watched by
-// a QSocketNotifier, so that a command ends its work cleanly from the event
-// loop instead of dying half-way. Work that runs without an event loop polls
-// requested(). The previous handlers are restored on destruction; at most
-// one notifier should exist at a time.
+// Turns SIGINT, SIGTERM and SIGHUP (unless hang-ups are ignored, as under
+// nohup) into a Qt signal, through a self-pipe watched by a QSocketNotifier,
+// so that a command ends its work cleanly from the event loop instead of
+// dying half-way. Work that runs without an event loop polls requested().
+// The previous handlers are restored on destruction; at most one notifier
+// should exist at a time.
 class TerminationNotifier : public QObject
 {
     Q_OBJECT
@@ -19,7 +20,7 @@ public:
     explicit TerminationNotifier(QObject *parent = nullptr);
     ~TerminationNotifier() override;
 
-    // True once SIGINT or SIGTERM arrived while a notifier was installed.
+    // True once one of those signals arrived while a notifier was installed.
     static bool requested();
 
 Q_SIGNALS:

@@ -76,6 +76,8 @@ void TestCliRecord::cleanup()
 
 bool TestCliRecord::startRecording(const QStringList &extraArgs)
 {
+    // Whatever this test runs under (nohup ignores hang-ups), the recorder starts like one in a terminal.
+    m_process->setChildProcessModifier([] { ::signal(SIGHUP, SIG_DFL); });
     m_process->start(CliRun::program(),
                      QStringList{"record", "--port", m_pty->slavePath(), "--project", m_project->path()} + extraArgs);
     while (!m_process->canReadLine()) {
@@ -114,6 +116,7 @@ void TestCliRecord::stopKeepsEverythingReceived_data()
     QTest::addColumn<QByteArray>("message");
     QTest::newRow("Ctrl+C") << int(SIGINT) << 0 << QByteArray("interrupted");
     QTest::newRow("SIGTERM") << int(SIGTERM) << 0 << QByteArray("interrupted");
+    QTest::newRow("terminal closed") << int(SIGHUP) << 0 << QByteArray("interrupted");
     QTest::newRow("pulled cable") << 0 << 3 << QByteArray("disappeared");
 }
 
