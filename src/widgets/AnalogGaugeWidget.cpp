@@ -113,7 +113,8 @@ double AnalogGaugeWidget::needleAngle() const
     const double span = m_max - m_min;
     if (!(span > 0.0) || !std::isfinite(span))
         return StartAngle;
-    return (m_value - m_min) * SweepAngle / span + StartAngle;
+    // A value shown before the range was narrowed or moved stays on the scale.
+    return std::clamp((m_value - m_min) * SweepAngle / span, 0.0, SweepAngle) + StartAngle;
 }
 
 int AnalogGaugeWidget::labelDecimals() const

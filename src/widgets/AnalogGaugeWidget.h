@@ -50,7 +50,7 @@ public:
     /// No config key fills the label; whoever shows the gauge may name it.
     void setLabel(const QString &label);
 
-    /// Needle rotation in degrees; -135 when the range is empty.
+    /// Needle rotation in degrees, within -135..135; -135 when the range is empty.
     double needleAngle() const;
     /// The eleven tick label texts, start to end.
     QStringList tickLabels() const;

@@ -98,6 +98,7 @@ private Q_SLOTS:
     void configFormSetsTheRange()
     {
         AnalogGaugeWidget gauge;
+        gauge.setValue(90.0);
         ConfigFormHarness form(gauge);
         QCOMPARE(form.rowCount(), 2);
         auto *maxEdit = form.editor<QDoubleSpinBox>(1);
@@ -107,6 +108,7 @@ private Q_SLOTS:
         gauge.applyConfigForm();
         QCOMPARE(gauge.minimum(), -20.0);
         QCOMPARE(gauge.maximum(), 80.5);
+        QCOMPARE(gauge.needleAngle(), 135.0); // 90 is past the new end: the needle stops there
         form.close();
         gauge.applyConfigForm(); // the editors are gone: nothing to read, no crash
         QCOMPARE(gauge.maximum(), 80.5);
