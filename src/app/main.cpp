@@ -1,5 +1,6 @@
 #include "Ombrix.h"
 #include "StartupOptions.h"
+#include "TerminationNotifier.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -25,6 +26,10 @@ int main(int argc, char *argv[])
     }
 
     Ombrix window;
+    // Ctrl+C, a closed terminal or the session ending: leave through the
+    // event loop, so that the window writes out a recording in progress.
+    TerminationNotifier termination;
+    QObject::connect(&termination, &TerminationNotifier::terminationRequested, &app, &QCoreApplication::quit);
     options.applyTo(window);
     window.show();
     return app.exec();

@@ -6,9 +6,13 @@
 #include "SignalDefinitions.h"
 #include "StartupOptions.h"
 
+#include <QProcess>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QStatusBar>
+
+#include <algorithm>
+#include <csignal>
 
 namespace {
 
@@ -53,6 +57,7 @@ private Q_SLOTS:
     void cancelEndsApplication_data();
     void cancelEndsApplication();
     void layoutAndPortAreAppliedAfterProject();
+    void terminationEndsTheProgramCleanly();
 
 private:
     QString makeProject(const QString &name, const QByteArray &definitions = kDefinitions);
@@ -299,6 +304,34 @@ void tst_Startup::layoutAndPortAreAppliedAfterProject()
     QVERIFY(window.serialManager()->isOpen());
     QCOMPARE(window.toolBars()->baudRate(), 57600);
     QVERIFY(prompts->warnings.isEmpty());
+}
+
+// SIGTERM (a session ending) must end the program through its event loop,
+// where the window writes out a recording in progress, not kill it.
+void tst_Startup::terminationEndsTheProgramCleanly()
+{
+    const QString program = QStringLiteral(OMBRIX_BINARY_DIR "/ombrix");
+    if (!QFileInfo(program).isExecutable())
+        QSKIP("the ombrix program is not built");
+    PtyPair pty;
+    QProcess ombrix;
+    ombrix.start(program, {QStringLiteral("--project"), makeProject(QStringLiteral("project")),
+                           QStringLiteral("--port"), pty.slavePath()});
+    QVERIFY(ombrix.waitForStarted());
+    // The port is opened last in the start-up.
+    const QDir fds(QStringLiteral("/proc/%1/fd").arg(ombrix.processId()));
+    const auto portOpen = [&] {
+        const QStringList names = fds.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot);
+        return std::any_of(names.cbegin(), names.cend(), [&](const QString &name) {
+            return QFile::symLinkTarget(fds.filePath(name)) == pty.slavePath();
+        });
+    };
+    QTRY_VERIFY(portOpen());
+
+    QCOMPARE(::kill(pid_t(ombrix.processId()), SIGTERM), 0);
+    QVERIFY(ombrix.waitForFinished(10000));
+    QCOMPARE(ombrix.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(ombrix.exitCode(), 0);
 }
 
 QTEST_MAIN(tst_Startup)
