@@ -30,22 +30,32 @@ QString EventsCsvExporter::quoted(const QString &field)
     return QLatin1Char('"') % out % QLatin1Char('"');
 }
 
-void EventsCsvExporter::appendRows(QString &out, const PlaybackFrame &frame, const SignalDefinitions *defs)
+void EventsCsvExporter::appendRows(QString &out, const Recording &recording, int frame, EventCursors &at,
+                                   const SignalDefinitions *defs)
 {
-    if (frame.states.isEmpty() && frame.errors.isEmpty() && frame.messages.isEmpty())
+    const auto &states = recording.stateEntries();
+    const auto &errors = recording.errorEntries();
+    const auto &messages = recording.messageEntries();
+    const auto inFrame = [frame](const auto &entries, int i) { return i < entries.size() && entries.at(i).frame == frame; };
+    if (!inFrame(states, at.state) && !inFrame(errors, at.error) && !inFrame(messages, at.message))
         return;
-    const QString time = QString::number(frame.t, 'f', 6);
-    for (const auto &state : frame.states) {
-        out += time % QLatin1String(",STATE,") % quoted(state.first) % QLatin1Char(',')
-            % quoted(state.second) % QLatin1Char(',')
-            % quoted(stateDisplay(defs, state.first, state.second)) % QLatin1Char('\n');
+    const QStringList &words = recording.words();
+    const QString time = QString::number(recording.timeAt(frame), 'f', 6);
+    for (; inFrame(states, at.state); ++at.state) {
+        const QString &group = words.at(states.at(at.state).group);
+        const QString &state = words.at(states.at(at.state).state);
+        out += time % QLatin1String(",STATE,") % quoted(group) % QLatin1Char(',') % quoted(state)
+            % QLatin1Char(',') % quoted(stateDisplay(defs, group, state)) % QLatin1Char('\n');
     }
-    for (const QString &id : frame.errors) {
+    for (; inFrame(errors, at.error); ++at.error) {
+        const QString &id = words.at(errors.at(at.error).id);
         out += time % QLatin1String(",ERROR,") % quoted(id) % QLatin1String(",,")
             % quoted(errorDisplay(defs, id)) % QLatin1Char('\n');
     }
-    for (const QString &text : frame.messages)
-        out += time % QLatin1String(",MESSAGE,,") % quoted(text) % QLatin1String(",\n");
+    for (; inFrame(messages, at.message); ++at.message) {
+        out += time % QLatin1String(",MESSAGE,,") % quoted(recording.messages().at(messages.at(at.message).id))
+            % QLatin1String(",\n");
+    }
 }
 
 bool EventsCsvExporter::exportTo(const QString &path, const Recording &recording,
@@ -57,8 +67,10 @@ bool EventsCsvExporter::exportTo(const QString &path, const Recording &recording
         return false;
     QString chunk = header();
     const int count = recording.frameCount();
+    // The event lists are sorted by frame: one pass, no frame (or its values) rebuilt.
+    EventCursors at;
     for (int i = 0; i < count; ++i) {
-        appendRows(chunk, recording.frameAt(i), defs);
+        appendRows(chunk, recording, i, at, defs);
         if (!writer.flushChunk(chunk, i + 1, count, error))
             return false;
     }

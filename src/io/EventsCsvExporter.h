@@ -37,5 +37,14 @@ public:
     static QString quoted(const QString &field);
 
 private:
-    static void appendRows(QString &out, const PlaybackFrame &frame, const SignalDefinitions *defs);
+    // The next state, error and message entry of the recording to write.
+    struct EventCursors
+    {
+        int state = 0;
+        int error = 0;
+        int message = 0;
+    };
+    // The rows of one frame, states first, then errors, then messages.
+    static void appendRows(QString &out, const Recording &recording, int frame, EventCursors &at,
+                           const SignalDefinitions *defs);
 };
