@@ -129,10 +129,21 @@ bool CliCommand::parseExport(const QStringList &args, QString *recordingPath, QS
         return false;
     *recordingPath = positionals.at(0);
     *outPath = m_parser.value(QStringLiteral("output"));
-    if (!outPath->isEmpty())
-        return true;
-    m_exitCode = usageError(QStringLiteral("missing -o OUT.csv"));
-    return false;
+    if (outPath->isEmpty()) {
+        m_exitCode = usageError(QStringLiteral("missing -o OUT.csv"));
+        return false;
+    }
+    // A slip of the keyboard must not replace the recording or its definitions with a CSV.
+    const QString target = QFileInfo(*outPath).canonicalFilePath();
+    const QStringList inputs{*recordingPath, Recording::companionPathFor(*recordingPath),
+                             m_parser.value(QStringLiteral("def"))};
+    for (const QString &input : inputs) {
+        if (!target.isEmpty() && !input.isEmpty() && QFileInfo(input).canonicalFilePath() == target) {
+            m_exitCode = usageError(QStringLiteral("%1 is an input; give another -o OUT.csv").arg(*outPath));
+            return false;
+        }
+    }
+    return true;
 }
 
 bool CliCommand::loadExportInput(const QString &recordingPath, Recording &recording,

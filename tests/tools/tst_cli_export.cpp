@@ -156,6 +156,7 @@ void TestCliExport::badArgumentsExitWithUsage_data()
     QTest::newRow("export-signals without -o") << QStringList{"export-signals", "REC"};
     QTest::newRow("export-signals, bad rate") << QStringList{"export-signals", "REC", "--rate", "fast", "-o", "OUT"};
     QTest::newRow("export-events, missing --def") << QStringList{"export-events", "REC", "-d", "MISSING", "-o", "OUT"};
+    QTest::newRow("export onto the recording") << QStringList{"export-signals", "REC", "-o", "DIR/./log_20240101_120000.rec"};
     const QStringList record{"record", "--port", "/dev/null", "--project"};
     QTest::newRow("record without port") << QStringList{"record", "--project", "DIR"};
     QTest::newRow("record, missing project") << record + QStringList{"MISSING"};
