@@ -24,11 +24,10 @@
  * - A second token that is exactly "RAW" makes the remaining tokens, joined
  *   with single spaces, the line's message (the form a person would write);
  *   an empty message is dropped.
- * - A second token that starts with "RAW" and has no "=" or its first "="
- *   right after "RAW" ("RAWhello", "RAW=5") is a message as the writer puts
- *   it: the message is the line's text after "RAW". A live message never
- *   starts with a key=value word, since such words are values, states or
- *   errors, so this never hides one.
+ * - A second token that starts with "RAW" and has no "=" ("RAWhello") is a
+ *   message as the writer puts it: the message is the line's text after
+ *   "RAW". "RAW=5" is the value of a signal named RAW; the writer puts a
+ *   message that starts with "=" after "RAW " instead.
  * - Anything else is read with the device's token rules: ST_<group>=<state>
  *   is a state, ERR=<id> an error, any other key with a numeric value a
  *   value; words that fit no rule are ignored.
@@ -114,7 +113,7 @@ void RecordingLoader::addLine(QStringView line)
         addMessage(words.join(QLatin1Char(' ')));
         return;
     }
-    if (startsWithRaw(second) && (equals < 0 || equals == 3)) {
+    if (startsWithRaw(second) && equals < 0) {
         const qsizetype textStart = (second.data() - line.data()) + 3;
         addMessage(line.sliced(textStart).toString());
         return;

@@ -184,8 +184,10 @@ void RecordingWriter::appendMessage(double t, const QString &text)
 {
     if (!beginLine(t))
         return;
-    // A line break inside the text would end the line early.
-    m_buffer += " RAW" % text.toUtf8().replace('\n', ' ').replace('\r', ' ');
+    // A line break inside the text would end the line early; "RAW=..." is
+    // a value of a signal named RAW, so a text starting with "=" stands apart.
+    const char *tag = text.startsWith(QLatin1Char('=')) ? " RAW " : " RAW";
+    m_buffer += tag % text.toUtf8().replace('\n', ' ').replace('\r', ' ');
     endLine();
 }
 

@@ -22,6 +22,7 @@ QT_END_NAMESPACE
  *   0.300000 ERR=E_OVERHEAT   error
  *   0.300000 ST_MODE=RUN      state
  *   0.400000 RAWhello world   message: " RAW" directly followed by the text
+ *   0.500000 RAW =5 x         (a text starting with "=" follows " RAW ")
  *
  * Lines are collected in memory and handed to the operating system at least
  * once a second (and on stop), so a crash loses at most the last second

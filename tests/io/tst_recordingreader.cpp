@@ -72,9 +72,9 @@ void TestRecordingReader::reads_data()
     QTest::newRow("RAW as its own word joins the rest with single spaces")
         << QByteArray("0.1 RAW hello    world A=1\n") << QStringList{"0.1||||hello world A=1"};
     QTest::newRow("RAW glued to the text keeps the text as written")
-        << QByteArray("0.1 RAWhello  world A=1\n0.2 RAW=5 x\n") << QStringList{"0.1||||hello  world A=1", "0.2||||=5 x"};
-    QTest::newRow("a value named RAW... stays a value") << QByteArray("0.1 RAWX=5 RAW_2=6\n")
-                                                        << QStringList{"0.1|RAWX=5,RAW_2=6|||"};
+        << QByteArray("0.1 RAWhello  world A=1\n") << QStringList{"0.1||||hello  world A=1"};
+    QTest::newRow("a value named RAW... stays a value") << QByteArray("0.1 RAWX=5 RAW_2=6\n0.2 RAW=5 x\n")
+                                                        << QStringList{"0.1|RAWX=5,RAW_2=6|||", "0.2|RAW=5|||"};
     QTest::newRow("RAW without text adds nothing") << QByteArray("0.1 RAW\n0.2 RAW   \n") << QStringList{};
     QTest::newRow("cut last line is skipped") << QByteArray("0.1 A=1\n0.2 RAWhalf a mess")
                                               << QStringList{"0.1|A=1|||"};
@@ -112,6 +112,7 @@ void TestRecordingReader::deviceLinesReadBackAsReceived_data()
     QTest::newRow("non-ASCII space inside a token") << QStringLiteral("4 A\u00A0=5 \u00A0B=6 ST_\u2003G=S\u00A0");
     QTest::newRow("message of equals words") << QStringLiteral("5 =5 =x RAW");
     QTest::newRow("message that looks like RAW") << QStringLiteral("6 RAW RAWdata");
+    QTest::newRow("a signal named RAW") << QStringLiteral("8 RAW=5 TEMP=71");
     QTest::newRow("states and errors in token order") << QStringLiteral("7 ERR=E1 ST_A=X ERR=E2 ST_A=Y");
 }
 
