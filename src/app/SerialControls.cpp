@@ -3,7 +3,9 @@
 #include "MainToolBars.h"
 #include "SerialManager.h"
 
+#include <QComboBox>
 #include <QDebug>
+#include <QKeyEvent>
 #include <QStatusBar>
 #include <QToolButton>
 
@@ -17,6 +19,23 @@ SerialControls::SerialControls(SerialManager *serial, MainToolBars *toolBars, QS
     connect(m_serial, &SerialManager::portsChanged, m_toolBars, &MainToolBars::setPorts);
     connect(m_serial, &SerialManager::errorOccurred, this, &SerialControls::onSerialError);
     connect(m_serial, &SerialManager::portLost, this, &SerialControls::onPortLost);
+    // Devices come and go while the window is open: the list is read again
+    // each time it is opened, not only at start.
+    m_toolBars->portBox->installEventFilter(this);
+}
+
+bool SerialControls::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_toolBars->portBox) {
+        bool opening = event->type() == QEvent::MouseButtonPress;
+        if (event->type() == QEvent::KeyPress) {
+            const auto *key = static_cast<QKeyEvent *>(event);
+            opening = key->key() == Qt::Key_F4 || (key->key() == Qt::Key_Down && key->modifiers() & Qt::AltModifier);
+        }
+        if (opening)
+            m_serial->refreshPorts();
+    }
+    return QObject::eventFilter(watched, event);
 }
 
 void SerialControls::onConnectClicked()

@@ -29,6 +29,10 @@ Q_SIGNALS:
     // The open port went away and was closed.
     void portLost(const QString &portName);
 
+protected:
+    // Refills the port list when the user opens it.
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     void onConnectClicked();
     void onSerialError(const QString &message);

@@ -19,6 +19,7 @@
 #include <QJsonObject>
 #include <QLabel>
 #include <QPointer>
+#include <QSignalSpy>
 #include <QStatusBar>
 #include <QToolButton>
 
@@ -315,6 +316,13 @@ void tst_MainWindow::typedPortPathSurvivesPortRefresh()
     box->setEditText(QStringLiteral("/dev/my-bench-link"));
     Q_EMIT f.window->serialManager()->portsChanged({QStringLiteral("ttyS0"), QStringLiteral("ttyUSB0")});
     QCOMPARE(box->count(), 2);
+    QCOMPARE(box->currentText(), QStringLiteral("/dev/my-bench-link"));
+
+    // Opening the list looks again, so a device plugged in after the start shows up.
+    QSignalSpy refreshed(f.window->serialManager(), &SerialManager::portsChanged);
+    QTest::mousePress(box, Qt::LeftButton, {}, QPoint(box->width() - 4, box->height() / 2));
+    box->hidePopup();
+    QCOMPARE(refreshed.size(), 1);
     QCOMPARE(box->currentText(), QStringLiteral("/dev/my-bench-link"));
 }
 
