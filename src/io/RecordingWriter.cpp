@@ -9,7 +9,9 @@
 #include <QFileInfo>
 #include <QTimer>
 
+#include <cerrno>
 #include <cmath>
+#include <cstring>
 
 #include <unistd.h>
 
@@ -112,11 +114,17 @@ void RecordingWriter::flush()
     m_buffer.clear();
     // Small writes only reach the file's own buffer: the disk's refusal shows up here.
     written = m_file->flush() && written;
-    if (!written && !m_failureReported) {
-        m_failureReported = true;
-        m_errorString = m_file->errorString();
-        Q_EMIT writeFailed(m_errorString);
-    }
+    if (!written)
+        reportFailure(m_file->errorString());
+}
+
+void RecordingWriter::reportFailure(const QString &message)
+{
+    if (m_failureReported)
+        return;
+    m_failureReported = true;
+    m_errorString = message;
+    Q_EMIT writeFailed(m_errorString);
 }
 
 void RecordingWriter::flushToDisk()
@@ -125,7 +133,10 @@ void RecordingWriter::flushToDisk()
         return;
     flush();
     // Past the page cache too, so that a power cut loses at most the last second.
-    ::fdatasync(m_file->handle());
+    // Write-back errors (I/O error, full disk or quota on a network volume)
+    // surface only here; a volume that cannot sync at all is no failure.
+    if (::fdatasync(m_file->handle()) != 0 && (errno == EIO || errno == ENOSPC || errno == EDQUOT))
+        reportFailure(QString::fromLocal8Bit(std::strerror(errno)));
     m_sinceFlush.restart();
 }
 

@@ -81,6 +81,8 @@ private:
     // Starts a line with its time; false (and nothing written) when not recording.
     bool beginLine(double t);
     void endLine();
+    // Sets errorString() and emits writeFailed, once per recording.
+    void reportFailure(const QString &message);
 
     std::unique_ptr<QFile> m_file;
     QTimer *m_flushTimer = nullptr;
