@@ -53,7 +53,8 @@ bool PlaybackSession::ensureLoaded(QWidget *progressParent, QString *error)
         return true;
     ProgressRunner progress(tr("Loading recording…"), progressParent);
     if (!m_engine->load(m_filePath, progress.callback())) {
-        if (error)
+        // Cancelling is the user's own choice, not an error to report.
+        if (error && !progress.wasCancelled())
             *error = m_engine->errorString();
         return false;
     }

@@ -42,7 +42,8 @@ public:
 
     // Reads the selected recording into the engine unless it holds it
     // already (reloading would rewind, and Play after Pause resumes); a
-    // progress dialog appears when that takes a while.
+    // progress dialog appears when that takes a while. False with *error
+    // left empty when the user cancelled it.
     bool ensureLoaded(QWidget *progressParent, QString *error);
 
 private:
