@@ -7,6 +7,8 @@
 #include "LayoutFile.h"
 #include "Ombrix.h"
 #include "ProgressRunner.h"
+#include "Recording.h"
+#include "SignalDefinitions.h"
 #include "SignalPlaybackEngine.h"
 #include "SignalRouter.h"
 #include "SignalsCsvExporter.h"
@@ -16,6 +18,29 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QStatusBar>
+
+#include <optional>
+
+namespace {
+
+// What an export reads, copied (cheaply: the data is shared). An export runs
+// the event loop behind its progress dialog, where a recording that stops
+// replaces the engine's data and the definitions in force.
+struct ExportInput
+{
+    explicit ExportInput(const Ombrix &window)
+        : frames(window.engine()->frames())
+    {
+        if (const SignalDefinitions *inForce = window.definitionsInForce())
+            defs = *inForce;
+    }
+    const SignalDefinitions *definitions() const { return defs ? &*defs : nullptr; }
+
+    const Recording frames;
+    std::optional<SignalDefinitions> defs;
+};
+
+} // namespace
 
 FileActions::FileActions(Ombrix *window)
     : QObject(window)
@@ -106,10 +131,10 @@ void FileActions::exportSignals()
 
 bool FileActions::exportSignalsTo(const QString &path, const SignalsExportOptions &options)
 {
+    const ExportInput input(*m_window);
     ProgressRunner progress(tr("Exporting signals…"), m_window);
     QString error;
-    if (!SignalsCsvExporter::exportTo(path, m_window->engine()->frames(), m_window->definitionsInForce(), options,
-                                      progress.callback(), &error)) {
+    if (!SignalsCsvExporter::exportTo(path, input.frames, input.definitions(), options, progress.callback(), &error)) {
         if (!progress.wasCancelled())
             m_window->prompts().warning(m_window, tr("Export Signals CSV"), error);
         return false;
@@ -130,10 +155,10 @@ void FileActions::exportEvents()
 
 bool FileActions::exportEventsTo(const QString &path)
 {
+    const ExportInput input(*m_window);
     ProgressRunner progress(tr("Exporting events…"), m_window);
     QString error;
-    if (!EventsCsvExporter::exportTo(path, m_window->engine()->frames(), m_window->definitionsInForce(),
-                                     progress.callback(), &error)) {
+    if (!EventsCsvExporter::exportTo(path, input.frames, input.definitions(), progress.callback(), &error)) {
         if (!progress.wasCancelled()) {
             qDebug().noquote() << "Events export failed:" << error;
             m_window->prompts().warning(m_window, tr("Export Events CSV"), tr("Could not open file for writing."));
