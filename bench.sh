@@ -10,7 +10,7 @@ export QT_QPA_PLATFORM=offscreen
 echo "Machine: $(uname -m), $(nproc) cores, $(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2 | sed 's/^ //')"
 echo "Date: $(date -u +%Y-%m-%d)"
 for bench in "$OMBRIX_ROOT"/build-bench/bench/bench_*; do
-  [ -x "$bench" ] || continue
+  [ -f "$bench" ] && [ -x "$bench" ] || continue
   echo
   echo "## $(basename "$bench")"
   "$bench"
