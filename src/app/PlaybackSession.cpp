@@ -51,13 +51,17 @@ bool PlaybackSession::ensureLoaded(QWidget *progressParent, QString *error)
         return false;
     if (m_loadedPath == m_filePath)
         return true;
+    const QString path = m_filePath;
     ProgressRunner progress(tr("Loading recording…"), progressParent);
-    if (!m_engine->load(m_filePath, progress.callback())) {
+    if (!m_engine->load(path, progress.callback())) {
         // Cancelling is the user's own choice, not an error to report.
         if (error && !progress.wasCancelled())
             *error = m_engine->errorString();
         return false;
     }
-    m_loadedPath = m_filePath;
-    return true;
+    m_loadedPath = path;
+    // The event loop ran behind the progress dialog: when another recording
+    // was selected meanwhile (a recording that stopped), the engine must
+    // hold that one, not the one this call started with.
+    return m_filePath == path || ensureLoaded(progressParent, error);
 }
