@@ -73,7 +73,8 @@ void SerialControls::disconnectPort()
 
 void SerialControls::onSerialError(const QString &message)
 {
-    m_statusBar->showMessage(tr("Serial port error: %1").arg(message), 10000);
+    // The port's own texts ("Permission denied") do not say which port.
+    m_statusBar->showMessage(tr("Serial port error on %1: %2").arg(m_serial->portName(), message), 10000);
     if (!m_serial->isOpen()) {
         m_toolBars->setConnected(false);
         return;

@@ -294,6 +294,7 @@ void tst_MainWindow::portFailureAndLossLeaveWindowUsable()
     QVERIFY(!f.window->connectPort(f.root.filePath(QStringLiteral("no-such-tty")), 9600));
     QCOMPARE(button->text(), QStringLiteral("Connect"));
     QVERIFY(f.window->statusBar()->currentMessage().startsWith(QLatin1String("Serial port error")));
+    QVERIFY(f.window->statusBar()->currentMessage().contains(QLatin1String("no-such-tty")));
 
     auto lost = std::make_unique<PtyPair>();
     QVERIFY(f.window->connectPort(lost->slavePath(), 115200));
