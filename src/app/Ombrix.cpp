@@ -75,6 +75,8 @@ Ombrix::Ombrix(QWidget *parent)
 
     m_serialControls = new SerialControls(m_serial, m_toolBars, statusBar(), this);
     connect(m_serialControls, &SerialControls::portLost, this, &Ombrix::onPortLost);
+    // Queued: the writer reports from inside its flush, and a message box runs the event loop.
+    connect(m_recorder, &RecordingWriter::writeFailed, this, &Ombrix::onRecordingWriteFailed, Qt::QueuedConnection);
     connectPlayback();
     connect(m_toolBars->designAction, &QAction::triggered, this, &Ombrix::designButton);
     connect(m_toolBars->saveLayoutAction, &QAction::triggered, this, &Ombrix::saveButton);
@@ -312,6 +314,14 @@ void Ombrix::onPortLost(const QString &portName)
     showTransientMessage(tr("Port %1 lost: recording stopped, everything received is in %2")
                              .arg(portName, QFileInfo(file).fileName()),
                          0);
+}
+
+void Ombrix::onRecordingWriteFailed(const QString &message)
+{
+    const QString text = tr("Could not write the recording %1:\n%2\nLines received meanwhile may be missing from it.")
+                             .arg(QFileInfo(m_recorder->filePath()).fileName(), message);
+    showTransientMessage(text.section(QLatin1Char('\n'), 0, 0) + QLatin1Char(' ') + message, 0);
+    m_prompts->warning(this, tr("Error"), text);
 }
 
 bool Ombrix::playbackOwnsWidgets() const

@@ -120,6 +120,8 @@ private:
     void connectPlayback();
     // Ends a recording whose device went away.
     void onPortLost(const QString &portName);
+    // Tells the user at once that lines are not reaching the recording file.
+    void onRecordingWriteFailed(const QString &message);
     void onWidgetRequested(const QString &typeName);
 
     // Play and Pause show the recording; live values stay off the widgets.

@@ -21,6 +21,9 @@
 #include <QStatusBar>
 #include <QToolButton>
 
+#include <csignal>
+#include <sys/resource.h>
+
 namespace {
 
 const QByteArray kRecording = QByteArrayLiteral("0.000000 RPM=100 TEMP=20\n"
@@ -32,6 +35,29 @@ const QByteArray kRecording = QByteArrayLiteral("0.000000 RPM=100 TEMP=20\n"
                                                 "2.000000 RAWsecond message\n"
                                                 "3.000000 RPM=300\n"
                                                 "3.000000 ST_MODE=STOP\n");
+
+// While it lives, no file of this process may grow, as on a full disk.
+class DiskFull
+{
+public:
+    DiskFull()
+    {
+        getrlimit(RLIMIT_FSIZE, &m_saved);
+        m_handler = std::signal(SIGXFSZ, SIG_IGN);
+        rlimit none = m_saved;
+        none.rlim_cur = 0;
+        setrlimit(RLIMIT_FSIZE, &none);
+    }
+    ~DiskFull()
+    {
+        setrlimit(RLIMIT_FSIZE, &m_saved);
+        std::signal(SIGXFSZ, m_handler);
+    }
+
+private:
+    rlimit m_saved = {};
+    void (*m_handler)(int) = nullptr;
+};
 
 // A window with a gauge on RPM, a state pill on MODE and both consoles,
 // whose engine runs on a clock the test advances.
@@ -87,6 +113,7 @@ private Q_SLOTS:
 
     void recordingFromDeviceWritesEveryEventForm();
     void lostPortEndsRecordingWithEverythingReceived();
+    void refusedWritesAreReported();
     void playbackRoutesEventsAtTheirTimesAndPauses();
     void seeksRestoreExactlyThePrecedingEvents();
     void endOfPlaybackReturnsToIdleAndPlayRewinds();
@@ -146,6 +173,22 @@ void tst_MainWindowPlayback::lostPortEndsRecordingWithEverythingReceived()
     QTRY_COMPARE(f.window->mode(), Ombrix::Idle);
     QVERIFY(f.window->statusBar()->currentMessage().contains(QFileInfo(path).fileName()));
     QCOMPARE(WindowFixture::readFile(path), QByteArray("0.000000 RPM=1\n1.000000 RPM=2\n"));
+}
+
+void tst_MainWindowPlayback::refusedWritesAreReported()
+{
+    PtyPair pty;
+    WindowFixture f;
+    QVERIFY(f.window->connectPort(pty.slavePath(), 115200));
+    f.window->recordButton();
+    QCOMPARE(f.window->mode(), Ombrix::Record);
+    {
+        const DiskFull full;
+        QVERIFY(pty.write("1.0 RPM=1\n"));
+        QTRY_COMPARE(f.prompts->warnings.size(), 1);
+    }
+    QVERIFY(f.prompts->warnings.at(0).text.contains(QFileInfo(f.window->recordingWriter()->filePath()).fileName()));
+    QCOMPARE(f.window->mode(), Ombrix::Record);
 }
 
 void tst_MainWindowPlayback::playbackRoutesEventsAtTheirTimesAndPauses()
