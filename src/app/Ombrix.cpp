@@ -75,6 +75,7 @@ Ombrix::Ombrix(QWidget *parent)
 
     m_serialControls = new SerialControls(m_serial, m_toolBars, statusBar(), this);
     connect(m_serialControls, &SerialControls::portLost, this, &Ombrix::onPortLost);
+    connect(m_serialControls, &SerialControls::portClosed, this, &Ombrix::onPortClosed);
     // Queued: the writer reports from inside its flush, and a message box runs the event loop.
     connect(m_recorder, &RecordingWriter::writeFailed, this, &Ombrix::onRecordingWriteFailed, Qt::QueuedConnection);
     connectPlayback();
@@ -314,6 +315,12 @@ void Ombrix::onPortLost(const QString &portName)
     showTransientMessage(tr("Port %1 lost: recording stopped, everything received is in %2")
                              .arg(portName, QFileInfo(file).fileName()),
                          0);
+}
+
+void Ombrix::onPortClosed()
+{
+    if (m_mode == Record)
+        setMode(Idle);
 }
 
 void Ombrix::onRecordingWriteFailed(const QString &message)

@@ -120,6 +120,9 @@ private:
     void connectPlayback();
     // Ends a recording whose device went away.
     void onPortLost(const QString &portName);
+    // Ends a recording whose port the user closed: a port opened again
+    // restarts its clock, and the times would run backwards in one file.
+    void onPortClosed();
     // Tells the user at once that lines are not reaching the recording file.
     void onRecordingWriteFailed(const QString &message);
     void onWidgetRequested(const QString &typeName);

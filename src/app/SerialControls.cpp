@@ -67,8 +67,11 @@ bool SerialControls::connectPort(const QString &portName, int baudRate)
 
 void SerialControls::disconnectPort()
 {
+    const bool wasOpen = m_serial->isOpen();
     m_serial->close();
     m_toolBars->setConnected(false);
+    if (wasOpen)
+        Q_EMIT portClosed(m_serial->portName());
 }
 
 void SerialControls::onSerialError(const QString &message)

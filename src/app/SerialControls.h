@@ -28,6 +28,8 @@ public:
 Q_SIGNALS:
     // The open port went away and was closed.
     void portLost(const QString &portName);
+    // The port was closed on request (the Disconnect button).
+    void portClosed(const QString &portName);
 
 protected:
     // Refills the port list when the user opens it.

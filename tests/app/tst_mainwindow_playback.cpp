@@ -112,6 +112,7 @@ private Q_SLOTS:
     void cleanup();
 
     void recordingFromDeviceWritesEveryEventForm();
+    void lostPortEndsRecordingWithEverythingReceived_data();
     void lostPortEndsRecordingWithEverythingReceived();
     void refusedWritesAreReported();
     void playbackRoutesEventsAtTheirTimesAndPauses();
@@ -159,8 +160,17 @@ void tst_MainWindowPlayback::recordingFromDeviceWritesEveryEventForm()
     QCOMPARE(f.window->engine()->currentTime(), 0.0);
 }
 
+void tst_MainWindowPlayback::lostPortEndsRecordingWithEverythingReceived_data()
+{
+    QTest::addColumn<bool>("userDisconnects");
+    QTest::newRow("device gone") << false;
+    // A reconnected port starts its clock again: the times would run backwards in one file.
+    QTest::newRow("disconnect clicked") << true;
+}
+
 void tst_MainWindowPlayback::lostPortEndsRecordingWithEverythingReceived()
 {
+    QFETCH(bool, userDisconnects);
     auto pty = std::make_unique<PtyPair>();
     WindowFixture f;
     QVERIFY(f.window->connectPort(pty->slavePath(), 115200));
@@ -169,9 +179,13 @@ void tst_MainWindowPlayback::lostPortEndsRecordingWithEverythingReceived()
     QVERIFY(pty->write("1.0 RPM=1\n2.0 RPM=2\n"));
     QTRY_COMPARE(f.window->latestValues().value(QStringLiteral("RPM")), 2.0);
 
-    pty->close();
+    if (userDisconnects)
+        QTest::mouseClick(f.window->toolBars()->connectButton, Qt::LeftButton);
+    else
+        pty->close();
     QTRY_COMPARE(f.window->mode(), Ombrix::Idle);
-    QVERIFY(f.window->statusBar()->currentMessage().contains(QFileInfo(path).fileName()));
+    if (!userDisconnects)
+        QVERIFY(f.window->statusBar()->currentMessage().contains(QFileInfo(path).fileName()));
     QCOMPARE(WindowFixture::readFile(path), QByteArray("0.000000 RPM=1\n1.000000 RPM=2\n"));
 }
 
