@@ -2,6 +2,7 @@
 #include "Recording.h"
 #include "SignalDefinitions.h"
 #include "SignalsCsvExporter.h"
+#include "TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -12,24 +13,22 @@
 
 Q_DECLARE_METATYPE(SignalsExportOptions)
 
-static QByteArray readAll(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-static bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
-
 class TestCsvExport : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
+    void init()
+    {
+        m_dir = std::make_unique<QTemporaryDir>();
+        const QString defPath = m_dir->filePath(QStringLiteral("dashboard_signals.def"));
+        QVERIFY(writeFile(defPath, "DASHBOARD_MAPPING(A, 10, 0.5)\n"
+                                   "DASHBOARD_STATE_GROUP(MODE, \"Mode\")\n"
+                                   "DASHBOARD_STATE(MODE, RUN, \"Running\")\n"
+                                   "DASHBOARD_STATE(PUMP, OFF, \"Pump off\")\n"
+                                   "DASHBOARD_ERROR(E_HOT, 3, \"Over, temperature\")\n"));
+        QVERIFY(m_defs.load(defPath));
+    }
     void eventsCellByCell_data();
     void eventsCellByCell();
     void signalsCellByCell_data();
@@ -40,42 +39,17 @@ private Q_SLOTS:
     void failedExportLeavesTargetAlone();
 
 private:
-    void record(const QByteArray &text);
-    // Runs one of the two exporters; kind picks which.
-    bool runExport(const QString &kind, const QString &path, const Recording::Progress &progress = {},
-                   QString *error = nullptr);
+    void record(const QByteArray &text)
+    {
+        const QString path = m_dir->filePath(QStringLiteral("test.rec"));
+        QVERIFY(writeFile(path, text));
+        QVERIFY2(m_recording.load(path), qPrintable(m_recording.errorString()));
+    }
 
     std::unique_ptr<QTemporaryDir> m_dir;
     Recording m_recording;
     SignalDefinitions m_defs;
 };
-
-void TestCsvExport::init()
-{
-    m_dir = std::make_unique<QTemporaryDir>();
-    const QString defPath = m_dir->filePath(QStringLiteral("dashboard_signals.def"));
-    QVERIFY(writeFile(defPath, "DASHBOARD_MAPPING(A, 10, 0.5)\n"
-                               "DASHBOARD_STATE_GROUP(MODE, \"Mode\")\n"
-                               "DASHBOARD_STATE(MODE, RUN, \"Running\")\n"
-                               "DASHBOARD_STATE(PUMP, OFF, \"Pump off\")\n"
-                               "DASHBOARD_ERROR(E_HOT, 3, \"Over, temperature\")\n"));
-    QVERIFY(m_defs.load(defPath));
-}
-
-void TestCsvExport::record(const QByteArray &text)
-{
-    const QString path = m_dir->filePath(QStringLiteral("test.rec"));
-    QVERIFY(writeFile(path, text));
-    QVERIFY2(m_recording.load(path), qPrintable(m_recording.errorString()));
-}
-
-bool TestCsvExport::runExport(const QString &kind, const QString &path, const Recording::Progress &progress,
-                              QString *error)
-{
-    if (kind == u"events")
-        return EventsCsvExporter::exportTo(path, m_recording, nullptr, progress, error);
-    return SignalsCsvExporter::exportTo(path, m_recording, nullptr, {{QStringLiteral("A")}, 0.0, false}, progress, error);
-}
 
 void TestCsvExport::eventsCellByCell_data()
 {
@@ -115,7 +89,7 @@ void TestCsvExport::eventsCellByCell()
     QString error;
     QVERIFY2(EventsCsvExporter::exportTo(path, m_recording, catalogue ? &m_defs : nullptr, {}, &error),
              qPrintable(error));
-    QCOMPARE(QString::fromUtf8(readAll(path)), csv);
+    QCOMPARE(QString::fromUtf8(readFile(path)), csv);
 }
 
 void TestCsvExport::signalsCellByCell_data()
@@ -157,7 +131,7 @@ void TestCsvExport::signalsCellByCell()
     QString error;
     QCOMPARE(SignalsCsvExporter::exportTo(path, m_recording, &m_defs, options, {}, &error), !csv.isEmpty());
     QCOMPARE(error.isEmpty(), !csv.isEmpty());
-    QCOMPARE(readAll(path), csv.isEmpty() ? old : csv.toUtf8());
+    QCOMPARE(readFile(path), csv.isEmpty() ? old : csv.toUtf8());
 }
 
 // duration * rate lands just below a whole number in floating point
@@ -184,7 +158,7 @@ void TestCsvExport::signalsLastInstantIsTheDuration()
     record("0.000000 A=1\n" + lastTime + " A=2\n");
     const QString path = m_dir->filePath(QStringLiteral("signals.csv"));
     QVERIFY(SignalsCsvExporter::exportTo(path, m_recording, nullptr, {{QStringLiteral("A")}, rate, false}));
-    const QStringList csv = QString::fromUtf8(readAll(path)).split(u'\n', Qt::SkipEmptyParts);
+    const QStringList csv = QString::fromUtf8(readFile(path)).split(u'\n', Qt::SkipEmptyParts);
     QCOMPARE(csv.size(), rows + 1);
     QCOMPARE(csv.constLast(), lastRow);
 }
@@ -226,15 +200,13 @@ void TestCsvExport::failedExportLeavesTargetAlone()
             QSKIP("root writes into read-only folders");
         QVERIFY(QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner));
     }
-    qint64 done = -1;
-    qint64 total = -1;
-    const auto cancel = [&](qint64 d, qint64 t) {
-        done = d;
-        total = t;
-        return false;
-    };
+    qint64 done = -1, total = -1;
+    const auto cancel = [&](qint64 d, qint64 t) { return done = d, total = t, false; };
     QString error;
-    QVERIFY(!runExport(kind, folder + u"/out.csv", cancelled ? cancel : Recording::Progress(), &error));
+    const QString target = folder + u"/out.csv";
+    const Recording::Progress progress = cancelled ? cancel : Recording::Progress();
+    QVERIFY(kind == u"events" ? !EventsCsvExporter::exportTo(target, m_recording, nullptr, progress, &error)
+                              : !SignalsCsvExporter::exportTo(target, m_recording, nullptr, {{"A"}, 0.0, false}, progress, &error));
     QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     QCOMPARE(error, cancelled ? QStringLiteral("Export cancelled.") : QStringLiteral("Could not open file for writing."));
     if (cancelled) {
@@ -242,7 +214,7 @@ void TestCsvExport::failedExportLeavesTargetAlone()
         QCOMPARE(done < total, frames > 3);
     }
     const bool hadFile = failure != u"missing folder" && failure != u"folder is a file";
-    QCOMPARE(readAll(folder + u"/out.csv"), hadFile ? QByteArray("precious") : QByteArray());
+    QCOMPARE(readFile(target), hadFile ? QByteArray("precious") : QByteArray());
     QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden), hadFile ? QStringList{"out.csv"} : QStringList());
 }
 
