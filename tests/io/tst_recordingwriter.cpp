@@ -1,5 +1,6 @@
 #include "Recording.h"
 #include "RecordingWriter.h"
+#include "TestFiles.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -12,16 +13,10 @@
 #include <csignal>
 #include <sys/resource.h>
 
-static QByteArray readAll(const QString &path)
+// Writes content to path; returns path, or nothing when the write failed.
+static QString written(const QString &path, const QByteArray &content)
 {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-static QString writeFile(const QString &path, const QByteArray &content)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size() ? path : QString();
+    return writeFile(path, content) ? path : QString();
 }
 
 // Files of this process may grow no further while it lives, as on a full disk.
@@ -32,8 +27,7 @@ public:
     {
         getrlimit(RLIMIT_FSIZE, &m_saved);
         m_handler = std::signal(SIGXFSZ, SIG_IGN);
-        rlimit none = m_saved;
-        none.rlim_cur = 0;
+        const rlimit none = {0, m_saved.rlim_max};
         setrlimit(RLIMIT_FSIZE, &none);
     }
     ~FileSizeLimit()
@@ -52,26 +46,34 @@ class TestRecordingWriter : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
+    void init()
+    {
+        m_dir = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_dir->isValid());
+    }
     void lineForms();
     void newFilesBesideExistingOnes();
     void failuresAndMisuse();
-    void flushesWhileRecording();
+    // Read back by another handle while the writer keeps recording.
+    void flushesWhileRecording()
+    {
+        RecordingWriter writer;
+        QVERIFY(writer.start(m_dir->path(), definitions()));
+        writer.appendValues(1.0, {{QStringLiteral("A"), 7.0}});
+        QTRY_COMPARE(readFile(writer.filePath()), QByteArray("0.000000 A=7\n"));
+        writer.appendError(2.0, QStringLiteral("E2"));
+        QTRY_COMPARE(readFile(writer.filePath()), QByteArray("0.000000 A=7\n1.000000 ERR=E2\n"));
+        QVERIFY(writer.isRecording());
+    }
 
 private:
     QString definitions(const QByteArray &content = "DASHBOARD_SIGNAL(A, \"a\", float)\n")
     {
-        return writeFile(m_dir->filePath(QStringLiteral("dashboard_signals.def")), content);
+        return written(m_dir->filePath(QStringLiteral("dashboard_signals.def")), content);
     }
 
     std::unique_ptr<QTemporaryDir> m_dir;
 };
-
-void TestRecordingWriter::init()
-{
-    m_dir = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_dir->isValid());
-}
 
 void TestRecordingWriter::lineForms()
 {
@@ -87,7 +89,7 @@ void TestRecordingWriter::lineForms()
     writer.appendMessage(99.5, QStringLiteral("device clock went back"));
     writer.stop();
     QVERIFY(!writer.isRecording());
-    QCOMPARE(readAll(writer.filePath()), QByteArray("0.000000 ERR=E_OVERHEAT\n"
+    QCOMPARE(readFile(writer.filePath()), QByteArray("0.000000 ERR=E_OVERHEAT\n"
                                                     "0.250000 A=1.5 B=2\n"
                                                     "0.500000 X=0.333333333333\n"
                                                     "1.000000 ST_MODE=RUN\n"
@@ -100,7 +102,7 @@ void TestRecordingWriter::lineForms()
     QVERIFY(writer.start(m_dir->path(), definitions()));
     writer.appendError(50.0, QStringLiteral("E"));
     writer.stop();
-    QCOMPARE(readAll(writer.filePath()), QByteArray("0.000000 ERR=E\n"));
+    QCOMPARE(readFile(writer.filePath()), QByteArray("0.000000 ERR=E\n"));
 
     // A device time stamp that is not a number ("nan", "inf") keeps its line readable, at the time before.
     QVERIFY(writer.start(m_dir->path(), definitions()));
@@ -109,7 +111,7 @@ void TestRecordingWriter::lineForms()
     writer.appendError(10.5, QStringLiteral("E"));
     writer.appendMessage(qInf(), QStringLiteral("late"));
     writer.stop();
-    QCOMPARE(readAll(writer.filePath()),
+    QCOMPARE(readFile(writer.filePath()),
              QByteArray("0.000000 A=1\n0.000000 A=2\n0.500000 ERR=E\n0.500000 RAWlate\n"));
 }
 
@@ -127,7 +129,7 @@ void TestRecordingWriter::newFilesBesideExistingOnes()
     const QDateTime now = QDateTime::currentDateTime();
     QStringList existing;
     for (int s = 0; s < 3; ++s) {
-        existing.append(writeFile(recordings.filePath(RecordingWriter::fileNameFor(now.addSecs(s))), "0 KEEP=1\n"));
+        existing.append(written(recordings.filePath(RecordingWriter::fileNameFor(now.addSecs(s))), "0 KEEP=1\n"));
         for (const char *suffix : {"_1.rec", "_2.rec"})
             writeFile(Recording::companionPathFor(existing.last().chopped(4) + QLatin1String(suffix)), "stale");
     }
@@ -141,17 +143,17 @@ void TestRecordingWriter::newFilesBesideExistingOnes()
     second.appendMessage(0, QStringLiteral("two"));
     first.stop();
     second.stop();
-    QCOMPARE(readAll(first.filePath()), QByteArray("0.000000 RAWone\n"));
-    QCOMPARE(readAll(second.filePath()), QByteArray("0.000000 RAWtwo\n"));
+    QCOMPARE(readFile(first.filePath()), QByteArray("0.000000 RAWone\n"));
+    QCOMPARE(readFile(second.filePath()), QByteArray("0.000000 RAWtwo\n"));
     for (const RecordingWriter *writer : {&first, &second}) {
         const QFileInfo info(writer->filePath());
         QCOMPARE(info.absolutePath(), recordings.absolutePath());
         QVERIFY2(QRegularExpression(QStringLiteral("^log_\\d{8}_\\d{6}_[12]\\.rec$")).match(info.fileName()).hasMatch(),
                  qPrintable(info.fileName()));
-        QCOMPARE(readAll(recordings.filePath(info.completeBaseName() + u".signals.h")), defs);
+        QCOMPARE(readFile(recordings.filePath(info.completeBaseName() + u".signals.h")), defs);
     }
     for (const QString &path : std::as_const(existing))
-        QCOMPARE(readAll(path), QByteArray("0 KEEP=1\n"));
+        QCOMPARE(readFile(path), QByteArray("0 KEEP=1\n"));
 }
 
 void TestRecordingWriter::failuresAndMisuse()
@@ -161,7 +163,7 @@ void TestRecordingWriter::failuresAndMisuse()
     QCOMPARE(writer.linesWritten(), 0);
 
     // The project "folder" is a file: neither the folder nor the file can be made.
-    const QString notADir = writeFile(m_dir->filePath(QStringLiteral("plain-file")), "x");
+    const QString notADir = written(m_dir->filePath(QStringLiteral("plain-file")), "x");
     QVERIFY(!writer.start(notADir, definitions()));
     QVERIFY(!writer.isRecording());
     QCOMPARE(writer.errorString(), QStringLiteral("Could not open file for writing."));
@@ -180,18 +182,6 @@ void TestRecordingWriter::failuresAndMisuse()
         writer.stop();
     }
     QCOMPARE(failed.count(), 1);
-}
-
-void TestRecordingWriter::flushesWhileRecording()
-{
-    RecordingWriter writer;
-    QVERIFY(writer.start(m_dir->path(), definitions()));
-    writer.appendValues(1.0, {{QStringLiteral("A"), 7.0}});
-    // Read back by another handle while the writer keeps recording.
-    QTRY_COMPARE(readAll(writer.filePath()), QByteArray("0.000000 A=7\n"));
-    writer.appendError(2.0, QStringLiteral("E2"));
-    QTRY_COMPARE(readAll(writer.filePath()), QByteArray("0.000000 A=7\n1.000000 ERR=E2\n"));
-    QVERIFY(writer.isRecording());
 }
 
 QTEST_GUILESS_MAIN(TestRecordingWriter)
