@@ -1,8 +1,9 @@
 #include "LineParser.h"
 #include "Recording.h"
 #include "RecordingWriter.h"
+#include "TestFiles.h"
 
-#include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -33,7 +34,11 @@ class TestRecordingReader : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
+    void init()
+    {
+        m_dir = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_dir->isValid());
+    }
     void reads_data();
     void reads();
     void deviceLinesReadBackAsReceived_data();
@@ -42,22 +47,14 @@ private Q_SLOTS:
     void linesAcrossReadChunks();
 
 private:
-    QString write(const QByteArray &content, const QString &name = QStringLiteral("r.rec"));
+    QString write(const QByteArray &content, const QString &name = QStringLiteral("r.rec"))
+    {
+        const QString path = m_dir->filePath(name);
+        return writeFile(path, content) ? path : QString();
+    }
 
     std::unique_ptr<QTemporaryDir> m_dir;
 };
-
-void TestRecordingReader::init()
-{
-    m_dir = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_dir->isValid());
-}
-
-QString TestRecordingReader::write(const QByteArray &content, const QString &name)
-{
-    QFile file(m_dir->filePath(name));
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size() ? file.fileName() : QString();
-}
 
 void TestRecordingReader::reads_data()
 {
@@ -123,12 +120,8 @@ void TestRecordingReader::deviceLinesReadBackAsReceived()
     QVERIFY(LineParser::parse(line, 0.0, live));
     PlaybackFrame expected;
     expected.values = live.values;
-    for (const LineEvent &event : std::as_const(live.events)) {
-        if (event.kind == LineEvent::State)
-            expected.states.append({event.groupId, event.id});
-        else
-            expected.errors.append(event.id);
-    }
+    for (const LineEvent &event : std::as_const(live.events))
+        event.kind == LineEvent::State ? expected.states.append({event.groupId, event.id}) : expected.errors.append(event.id);
     if (!live.unrecognized.isEmpty())
         expected.messages.append(live.unrecognizedText());
 
