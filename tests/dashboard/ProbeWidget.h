@@ -15,6 +15,12 @@
 class ProbeWidget : public DashboardWidget
 {
 public:
+    explicit ProbeWidget(bool multipleSignals = false, const QStringList &names = {})
+        : multiple(multipleSignals)
+    {
+        setSignalNames(names);
+    }
+
     static QString typeId() { return QStringLiteral("TestProbe"); }
     static void registerTypes()
     {

@@ -20,13 +20,15 @@ class TestDashboardItem : public QObject
     std::unique_ptr<DesignScene> m_scene;
     std::unique_ptr<WidgetView> m_view;
 
-    DashboardItem *addProbe(const QPointF &pos = QPointF(), qreal z = 0.0)
+    DashboardItem *addProbe(const QPointF &pos = QPointF(), qreal z = 0.0, bool designMode = false)
     {
         auto *item = new DashboardItem(new ProbeWidget);
         item->setPos(pos);
         item->setSize(QSizeF(100, 80));
         item->setZValue(z);
         m_scene->addItem(item);
+        if (designMode)
+            item->setDesignMode(true);
         return item;
     }
 
@@ -90,28 +92,23 @@ private Q_SLOTS:
             QCOMPARE(DashboardItem::fromJson(QJsonObject{{"type", type}}), nullptr);
     }
 
-    void recordValuesFallBackOrAreClamped_data()
+    void recordValuesFallBackToDefaults_data()
     {
         const double nan = std::numeric_limits<double>::quiet_NaN();
         QTest::addColumn<QJsonObject>("keys");
-        QTest::addColumn<QPointF>("pos");
-        QTest::addColumn<QSizeF>("size");
-        QTest::addColumn<qreal>("z");
-        QTest::newRow("only type") << QJsonObject() << QPointF(0, 0) << QSizeF(80, 60) << 0.0;
+        QTest::newRow("only type") << QJsonObject();
         QTest::newRow("not finite or wrong types")
             << QJsonObject{{"x", nan}, {"y", "12"}, {"width", QJsonArray{1}}, {"height", nan}, {"z", "top"},
-                           {"signals", "rpm"}, {"config", QJsonArray{1, 2}}}
-            << QPointF(0, 0) << QSizeF(80, 60) << 0.0;
+                           {"signals", "rpm"}, {"config", QJsonArray{1, 2}}};
     }
 
-    void recordValuesFallBackOrAreClamped()
+    void recordValuesFallBackToDefaults()
     {
         QFETCH(QJsonObject, keys);
         keys.insert(QLatin1String("type"), ProbeWidget::typeId());
         std::unique_ptr<DashboardItem> item(DashboardItem::fromJson(keys));
-        QTEST(item->pos(), "pos");
-        QTEST(item->size(), "size");
-        QTEST(item->zValue(), "z");
+        QCOMPARE(QRectF(item->pos(), item->size()), QRectF(0, 0, 80, 60));
+        QCOMPARE(item->zValue(), 0.0);
         QVERIFY(item->dashboardWidget()->signalNames().isEmpty());
         QCOMPARE(probeOf(item.get())->threshold, 5);
     }
@@ -163,9 +160,8 @@ private Q_SLOTS:
 
     void movingSnapsToGridThroughTheOverlay()
     {
-        addProbe(QPointF(150, 0))->setDesignMode(true);
-        DashboardItem *item = addProbe(QPointF(), 5); // the overlay must take the press even on top
-        item->setDesignMode(true);
+        addProbe(QPointF(150, 0), 0, true);
+        DashboardItem *item = addProbe(QPointF(), 5, true); // the overlay must take the press even on top
         showView();
         QTest::mousePress(m_view->viewport(), Qt::LeftButton, {}, at(QPointF(40, 30)));
         QCOMPARE(QApplication::overrideCursor()->shape(), Qt::ClosedHandCursor);
@@ -180,8 +176,7 @@ private Q_SLOTS:
 
     void resizingThroughHandle()
     {
-        DashboardItem *item = addProbe(QPointF(10, 10));
-        item->setDesignMode(true);
+        DashboardItem *item = addProbe(QPointF(10, 10), 0, true);
         showView();
         QTest::mouseMove(m_view->viewport(), at(QPointF(105, 85))); // the handle: 12x12 in the bottom-right corner
         QTRY_COMPARE(item->cursor().shape(), Qt::SizeFDiagCursor);
@@ -196,12 +191,9 @@ private Q_SLOTS:
 
     void outsideDesignModeMouseReachesWidget()
     {
-        DashboardItem *item = addProbe();
-        item->setDesignMode(true);
+        DashboardItem *item = addProbe(QPointF(), 0, true);
         item->setDesignMode(false);
-        QVERIFY(!item->overlay()->isVisible());
-        QVERIFY(!(item->flags() & QGraphicsItem::ItemIsMovable));
-        QVERIFY(!item->hasCursor());
+        QVERIFY(!item->overlay()->isVisible() && !(item->flags() & QGraphicsItem::ItemIsMovable) && !item->hasCursor());
         QCOMPARE(item->dashboardWidget()->cursor().shape(), Qt::ArrowCursor);
         showView();
         drag(QPointF(40, 30), QPointF(75, 60));
@@ -217,8 +209,7 @@ private Q_SLOTS:
     void contextMenuOffersItemOperations()
     {
         addProbe(QPointF(200, 0));
-        DashboardItem *item = addProbe();
-        item->setDesignMode(true);
+        DashboardItem *item = addProbe(QPointF(), 0, true);
         QCOMPARE(item->dashboardWidget()->cursor().shape(), Qt::OpenHandCursor);
         QStringList entries;
         QTimer::singleShot(0, this, [&entries] {
@@ -273,18 +264,15 @@ private Q_SLOTS:
                                                                     {"forward", &DashboardItem::bringForward},
                                                                     {"backward", &DashboardItem::sendBackward}};
         (items.at(target)->*operations.value(operation))();
-        for (int i = 0; i < items.size(); ++i) {
-            if (i == target)
-                QTEST(items.at(i)->zValue(), "expected");
-            else
-                QCOMPARE(items.at(i)->zValue(), zValues.at(i));
-        }
+        QFETCH(qreal, expected);
+        zValues[target] = expected;
+        for (int i = 0; i < items.size(); ++i)
+            QCOMPARE(items.at(i)->zValue(), zValues.at(i));
     }
 
     void removeFromSceneDeletesOnNextTurn()
     {
-        DashboardItem *item = addProbe();
-        item->setDesignMode(true);
+        DashboardItem *item = addProbe(QPointF(), 0, true);
         QPointer<DashboardWidget> widget = item->dashboardWidget();
         auto *dialog = new QDialog(widget);
         dialog->show();

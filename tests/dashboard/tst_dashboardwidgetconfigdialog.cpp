@@ -1,10 +1,10 @@
 #include "DashboardWidgetConfigDialog.h"
 #include "ProbeWidget.h"
 #include "SignalDefinitions.h"
+#include "TestFiles.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
-#include <QFile>
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
@@ -26,16 +26,13 @@ class TestDashboardWidgetConfigDialog : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        QFile file(m_dir.filePath(QStringLiteral("dashboard_signals.def")));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("DASHBOARD_SIGNAL(rpm_max, \"Max RPM\", float)\n"
-                   "DASHBOARD_SIGNAL(rpm, \"Engine speed\", float)\n"
-                   "DASHBOARD_SIGNAL(temp, \"Temperature\", float)\n");
-        file.close();
-        QVERIFY(m_defs.load(file.fileName()));
+        const QString path = m_dir.filePath(QStringLiteral("dashboard_signals.def"));
+        QVERIFY(writeFile(path, "DASHBOARD_SIGNAL(rpm_max, \"Max RPM\", float)\n"
+                                "DASHBOARD_SIGNAL(rpm, \"Engine speed\", float)\n"
+                                "DASHBOARD_SIGNAL(temp, \"Temperature\", float)\n"));
+        QVERIFY(m_defs.load(path));
     }
     void init() { SignalDefinitions::setCurrent(&m_defs); }
-
     void cleanup()
     {
         SignalDefinitions::setCurrent(nullptr);
@@ -55,9 +52,8 @@ private Q_SLOTS:
     void rowsFollowSignalUsage()
     {
         QFETCH(bool, multiple);
+        ProbeWidget widget(multiple);
         QFETCH(bool, usesSignals);
-        ProbeWidget widget;
-        widget.multiple = multiple;
         widget.signalsUsed = usesSignals;
         DashboardWidgetConfigDialog dialog(&widget);
         QStringList labels;
@@ -80,8 +76,7 @@ private Q_SLOTS:
     void comboPicksBoundSignalByNameFirst()
     {
         QFETCH(QStringList, bound);
-        ProbeWidget widget;
-        widget.setSignalNames(bound);
+        ProbeWidget widget(false, bound);
         DashboardWidgetConfigDialog dialog(&widget);
         QCOMPARE(dialog.signalCombo()->itemText(0), QStringLiteral("rpm_max : Max RPM"));
         QTEST(dialog.signalCombo()->currentData(Qt::UserRole).toString(), "expected");
@@ -99,8 +94,7 @@ private Q_SLOTS:
     void buttonDecidesWhatReachesTheWidget()
     {
         QFETCH(QDialogButtonBox::StandardButton, button);
-        ProbeWidget widget;
-        widget.setSignalNames({QStringLiteral("rpm"), QStringLiteral("x")});
+        ProbeWidget widget(false, {QStringLiteral("rpm"), QStringLiteral("x")});
         widget.threshold = 7;
         DashboardWidgetConfigDialog dialog(&widget);
         QCOMPARE(widget.thresholdEdit->value(), 7);
@@ -113,9 +107,7 @@ private Q_SLOTS:
 
     void listSelectsBoundNamesAndAppliesTheSelection()
     {
-        ProbeWidget widget;
-        widget.multiple = true;
-        widget.setSignalNames({QStringLiteral("temp"), QStringLiteral("gone"), QStringLiteral("rpm_max")});
+        ProbeWidget widget(true, {QStringLiteral("temp"), QStringLiteral("gone"), QStringLiteral("rpm_max")});
         DashboardWidgetConfigDialog dialog(&widget);
         QListWidget *list = dialog.signalList();
         QCOMPARE(list->selectionMode(), QAbstractItemView::MultiSelection);
@@ -141,9 +133,7 @@ private Q_SLOTS:
     {
         QFETCH(bool, multiple);
         SignalDefinitions::setCurrent(nullptr);
-        ProbeWidget widget;
-        widget.multiple = multiple;
-        widget.setSignalName(QStringLiteral("rpm"));
+        ProbeWidget widget(multiple, {QStringLiteral("rpm")});
         DashboardWidgetConfigDialog dialog(&widget);
         press(dialog, QDialogButtonBox::Ok);
         QTEST(widget.signalNames(), "names");
