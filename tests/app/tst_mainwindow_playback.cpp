@@ -40,12 +40,10 @@ const QByteArray kRecording = QByteArrayLiteral("0.000000 RPM=100 TEMP=20\n"
 class DiskFull
 {
 public:
-    DiskFull()
+    DiskFull() : m_handler(std::signal(SIGXFSZ, SIG_IGN))
     {
         getrlimit(RLIMIT_FSIZE, &m_saved);
-        m_handler = std::signal(SIGXFSZ, SIG_IGN);
-        rlimit none = m_saved;
-        none.rlim_cur = 0;
+        const rlimit none{0, m_saved.rlim_max};
         setrlimit(RLIMIT_FSIZE, &none);
     }
     ~DiskFull()
@@ -58,6 +56,15 @@ private:
     rlimit m_saved = {};
     void (*m_handler)(int) = nullptr;
 };
+
+// Connects the window to the pseudo-terminal and starts recording.
+bool startRecording(WindowFixture &f, PtyPair &pty)
+{
+    if (!f.window->connectPort(pty.slavePath(), 115200))
+        return false;
+    f.window->recordButton();
+    return f.window->mode() == Ombrix::Record;
+}
 
 // A window with a gauge on RPM, a state pill on MODE and both consoles,
 // whose engine runs on a clock the test advances.
@@ -94,6 +101,14 @@ struct PlaybackFixture : WindowFixture
         }
     }
 
+    // The mode, the gauge's value and the number of lines on each console, in one line.
+    QString state() const
+    {
+        const char *const modes[] = {"Design", "Record", "Play", "Pause", "Idle"};
+        return QLatin1String(modes[window->mode()]) + QStringLiteral(" gauge=%1 errors=%2 messages=%3")
+            .arg(gauge->value()).arg(errors->lines().size()).arg(messages->lines().size());
+    }
+
     qint64 now = 1000;
     QString recording;
     AnalogGaugeWidget *gauge = nullptr;
@@ -109,304 +124,274 @@ class tst_MainWindowPlayback : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void cleanup();
+    void cleanup() { QTRY_VERIFY(QApplication::topLevelWidgets().isEmpty()); }
 
-    void recordingFromDeviceWritesEveryEventForm();
-    void lostPortEndsRecordingWithEverythingReceived_data();
-    void lostPortEndsRecordingWithEverythingReceived();
-    void refusedWritesAreReported();
-    void playbackRoutesEventsAtTheirTimesAndPauses();
-    void seeksRestoreExactlyThePrecedingEvents();
-    void endOfPlaybackReturnsToIdleAndPlayRewinds();
-    void recordingDefinitionsTakePrecedenceUntilDesign();
-    void playbackFileLabelFollowsSelection();
-    void exportsThroughWindowEqualExporters();
-    void simulatedDeviceIsRecordedAndPlayedBack();
-};
-
-void tst_MainWindowPlayback::cleanup()
-{
-    QTRY_VERIFY(QApplication::topLevelWidgets().isEmpty());
-}
-
-void tst_MainWindowPlayback::recordingFromDeviceWritesEveryEventForm()
-{
-    PtyPair pty;
-    WindowFixture f;
-    QVERIFY(f.window->connectPort(pty.slavePath(), 115200));
-    f.window->recordButton();
-    QCOMPARE(f.window->mode(), Ombrix::Record);
-    const QString path = f.window->recordingWriter()->filePath();
-    QCOMPARE(QFileInfo(path).absolutePath(), f.project + QStringLiteral("/recordings"));
-    QCOMPARE(f.window->statusBar()->currentMessage(), QStringLiteral("Recording → %1").arg(path));
-
-    QVERIFY(pty.write("10.0 RPM=100 TEMP=20\n10.5 ST_MODE=RUN ERR=E_HOT\n11.0 hello world\n"));
-    QVERIFY(pty.write("12.25 RPM=1.5 A=0.333333333333333\n"));
-    QTRY_COMPARE(f.window->latestValues().value(QStringLiteral("RPM")), 1.5);
-
-    f.window->stopButton();
-    QCOMPARE(f.window->mode(), Ombrix::Idle);
-    QCOMPARE(f.window->statusBar()->currentMessage(), QStringLiteral("Recording stopped."));
-    QCOMPARE(WindowFixture::readFile(path), QByteArray("0.000000 RPM=100 TEMP=20\n"
-                                                       "0.500000 ST_MODE=RUN\n"
-                                                       "0.500000 ERR=E_HOT\n"
-                                                       "1.000000 RAWhello world\n"
-                                                       "2.250000 A=0.333333333333 RPM=1.5\n"));
-    QCOMPARE(WindowFixture::readFile(Recording::companionPathFor(path)), WindowFixture::definitions());
-
-    // The new recording becomes the playback file, loaded and rewound.
-    QCOMPARE(f.window->toolBars()->playbackFileLabel->text(), QFileInfo(path).fileName());
-    QCOMPARE(f.window->engine()->frames().duration(), 2.25);
-    QCOMPARE(f.window->engine()->currentTime(), 0.0);
-}
-
-void tst_MainWindowPlayback::lostPortEndsRecordingWithEverythingReceived_data()
-{
-    QTest::addColumn<bool>("userDisconnects");
-    QTest::newRow("device gone") << false;
-    // A reconnected port starts its clock again: the times would run backwards in one file.
-    QTest::newRow("disconnect clicked") << true;
-}
-
-void tst_MainWindowPlayback::lostPortEndsRecordingWithEverythingReceived()
-{
-    QFETCH(bool, userDisconnects);
-    auto pty = std::make_unique<PtyPair>();
-    WindowFixture f;
-    QVERIFY(f.window->connectPort(pty->slavePath(), 115200));
-    f.window->recordButton();
-    const QString path = f.window->recordingWriter()->filePath();
-    QVERIFY(pty->write("1.0 RPM=1\n2.0 RPM=2\n"));
-    QTRY_COMPARE(f.window->latestValues().value(QStringLiteral("RPM")), 2.0);
-
-    if (userDisconnects)
-        QTest::mouseClick(f.window->toolBars()->connectButton, Qt::LeftButton);
-    else
-        pty->close();
-    QTRY_COMPARE(f.window->mode(), Ombrix::Idle);
-    if (!userDisconnects)
-        QVERIFY(f.window->statusBar()->currentMessage().contains(QFileInfo(path).fileName()));
-    QCOMPARE(WindowFixture::readFile(path), QByteArray("0.000000 RPM=1\n1.000000 RPM=2\n"));
-}
-
-void tst_MainWindowPlayback::refusedWritesAreReported()
-{
-    PtyPair pty;
-    WindowFixture f;
-    QVERIFY(f.window->connectPort(pty.slavePath(), 115200));
-    f.window->recordButton();
-    QCOMPARE(f.window->mode(), Ombrix::Record);
+    void recordingFromDeviceWritesEveryEventForm()
     {
-        const DiskFull full;
-        QVERIFY(pty.write("1.0 RPM=1\n"));
-        QTRY_COMPARE(f.prompts->warnings.size(), 1);
+        PtyPair pty;
+        WindowFixture f;
+        QVERIFY(startRecording(f, pty));
+        const QString path = f.window->recordingWriter()->filePath();
+        QCOMPARE(QFileInfo(path).absolutePath(), f.project + QStringLiteral("/recordings"));
+        QCOMPARE(f.window->statusBar()->currentMessage(), QStringLiteral("Recording → %1").arg(path));
+
+        QVERIFY(pty.write("10.0 RPM=100 TEMP=20\n10.5 ST_MODE=RUN ERR=E_HOT\n11.0 hello world\n"));
+        QVERIFY(pty.write("12.25 RPM=1.5 A=0.333333333333333\n"));
+        QTRY_COMPARE(f.window->latestValues().value(QStringLiteral("RPM")), 1.5);
+
+        f.window->stopButton();
+        QCOMPARE(f.window->mode(), Ombrix::Idle);
+        QCOMPARE(f.window->statusBar()->currentMessage(), QStringLiteral("Recording stopped."));
+        QCOMPARE(WindowFixture::readFile(path), QByteArray("0.000000 RPM=100 TEMP=20\n"
+                                                           "0.500000 ST_MODE=RUN\n"
+                                                           "0.500000 ERR=E_HOT\n"
+                                                           "1.000000 RAWhello world\n"
+                                                           "2.250000 A=0.333333333333 RPM=1.5\n"));
+        QCOMPARE(WindowFixture::readFile(Recording::companionPathFor(path)), WindowFixture::definitions());
+
+        // The new recording becomes the playback file, loaded and rewound.
+        QCOMPARE(f.window->toolBars()->playbackFileLabel->text(), QFileInfo(path).fileName());
+        QCOMPARE(f.window->engine()->frames().duration(), 2.25);
+        QCOMPARE(f.window->engine()->currentTime(), 0.0);
     }
-    QVERIFY(f.prompts->warnings.at(0).text.contains(QFileInfo(f.window->recordingWriter()->filePath()).fileName()));
-    QCOMPARE(f.window->mode(), Ombrix::Record);
-}
 
-void tst_MainWindowPlayback::playbackRoutesEventsAtTheirTimesAndPauses()
-{
-    PlaybackFixture f;
-    f.window->toolBars()->speedBox->setValue(2.0);
-    QCOMPARE(f.window->engine()->playbackRate(), 2.0);
-    f.window->toolBars()->speedBox->setValue(1.0);
-    f.play(0);
-    QCOMPARE(f.window->mode(), Ombrix::Play);
-    QCOMPARE(f.gauge->value(), 60.0); // the first frame is shown at once: RPM 100 mapped
-
-    f.advance(1200);
-    QCOMPARE(f.indicator->stateLabel(), QStringLiteral("Running"));
-    QCOMPARE(f.gauge->value(), 110.0);
-    QCOMPARE(f.errors->lines(), QStringList{QStringLiteral("[0.500] E_HOT : Overheated")});
-    QCOMPARE(f.messages->lines(), QStringList{QStringLiteral("[1.000] first message")});
-
-    f.window->stopButton();
-    QCOMPARE(f.window->mode(), Ombrix::Pause);
-    f.advance(2000);
-    QCOMPARE(f.gauge->value(), 110.0);
-
-    // Play resumes where the pause left it.
-    f.window->playButton();
-    f.advance(1000);
-    QCOMPARE(f.errors->lines().size(), 2);
-    QCOMPARE(f.messages->lines().size(), 2);
-    QVERIFY(f.window->engine()->currentTime() > 2.0);
-
-    // Another recording chosen while paused plays from its own start.
-    f.window->stopButton();
-    const QString other = f.project + QStringLiteral("/recordings/other.rec");
-    QVERIFY(WindowFixture::writeFile(other, "0.000000 RPM=400\n1.000000 RPM=500\n"));
-    f.window->setPlaybackFile(other);
-    f.window->playButton();
-    QCOMPARE(f.gauge->value(), 210.0);
-    f.advance(500);
-    QCOMPARE(f.window->mode(), Ombrix::Play);
-}
-
-void tst_MainWindowPlayback::seeksRestoreExactlyThePrecedingEvents()
-{
-    PlaybackFixture f;
-    f.play(2500);
-    // While playing, a seek re-announces events up to the new position only.
-    f.window->engine()->seek(0.2);
-    QVERIFY(f.window->engine()->isPlaying());
-    QCOMPARE(f.errors->lines().size(), 0);
-    QCOMPARE(f.messages->lines().size(), 0);
-    QCOMPARE(f.indicator->stateId(), QStringLiteral("RUN"));
-    f.advance(400);
-    QCOMPARE(f.errors->lines().size(), 1);
-
-    f.window->stopButton();
-    f.window->engine()->seek(2.5);
-    QCOMPARE(f.errors->lines().size(), 2);
-    QCOMPARE(f.messages->lines().size(), 2);
-    QCOMPARE(f.gauge->value(), 110.0);
-    f.window->engine()->seek(0.7);
-    QCOMPARE(f.errors->lines().size(), 1);
-    QCOMPARE(f.messages->lines().size(), 0);
-    QCOMPARE(f.gauge->value(), 60.0);
-    QCOMPARE(f.window->mode(), Ombrix::Pause);
-}
-
-void tst_MainWindowPlayback::endOfPlaybackReturnsToIdleAndPlayRewinds()
-{
-    PlaybackFixture f;
-    f.play(2900);
-    f.window->stopButton();
-    // A key on the slider seeks at once: everything before the last frame is in force.
-    QTest::keyClick(f.window->toolBars()->positionSlider, Qt::Key_End);
-    QCOMPARE(f.window->toolBars()->positionSlider->value(), 1000);
-    QCOMPARE(f.window->toolBars()->timeLabel->text(), QStringLiteral("3.000"));
-    QCOMPARE(f.messages->lines().size(), 2);
-
-    // At the slider's end Play starts over from the beginning.
-    f.window->playButton();
-    QCOMPARE(f.window->engine()->currentTime(), 0.0);
-    QCOMPARE(f.gauge->value(), 60.0);
-
-    f.advance(3200);
-    QCOMPARE(f.window->mode(), Ombrix::Idle);
-    QVERIFY(f.window->toolBars()->playAction->isEnabled());
-}
-
-void tst_MainWindowPlayback::recordingDefinitionsTakePrecedenceUntilDesign()
-{
-    PlaybackFixture f;
-    // The recording was made with RPM mapped as raw * 2.
-    QVERIFY(WindowFixture::writeFile(Recording::companionPathFor(f.recording),
-                                     "DASHBOARD_SIGNAL(RPM, \"Speed\", float)\nDASHBOARD_MAPPING(RPM, 0, 2)\n"));
-    f.window->toolBars()->useRecordingDefinitionsBox->setChecked(true);
-    f.play(0);
-    QCOMPARE(f.gauge->value(), 200.0);
-
-    f.window->designButton();
-    QCOMPARE(f.window->definitionsInForce(), f.window->definitions());
-    f.window->designButton();
-
-    f.window->toolBars()->useRecordingDefinitionsBox->setChecked(false);
-    f.window->playButton();
-    f.window->engine()->seek(0.0);
-    QCOMPARE(f.gauge->value(), 60.0);
-}
-
-void tst_MainWindowPlayback::playbackFileLabelFollowsSelection()
-{
-    PlaybackFixture f;
-    f.prompts->fileAnswers = {f.recording};
-    f.window->toolBars()->playbackFileLabel->show();
-    QTest::mouseClick(f.window->toolBars()->playbackFileLabel, Qt::LeftButton);
-    QCOMPARE(f.window->toolBars()->playbackFileLabel->text(), QStringLiteral("bench.rec"));
-    QCOMPARE(f.window->engine()->frames().duration(), 3.0);
-
-    // Cancelling keeps the selection.
-    f.window->selectPlaybackFile();
-    QCOMPARE(f.prompts->captions.size(), 2);
-    QCOMPARE(f.window->playbackFile(), f.recording);
-}
-
-void tst_MainWindowPlayback::exportsThroughWindowEqualExporters()
-{
-    PlaybackFixture f;
-    // Without data both exports only inform.
-    f.window->exportEventsButton();
-    f.window->exportButton();
-    QCOMPARE(f.prompts->informations.size(), 2);
-    QCOMPARE(f.prompts->informations.at(0).text, QStringLiteral("No playback data loaded."));
-    QVERIFY(f.prompts->captions.isEmpty());
-
-    f.window->setPlaybackFile(f.recording);
-    const QString exports = f.project + QStringLiteral("/exports/");
-    auto read = [&](const char *name) { return WindowFixture::readFile(exports + QLatin1String(name)); };
-    QVERIFY(f.window->exportEventsTo(exports + QStringLiteral("events.csv")));
-    QCOMPARE(f.window->statusBar()->currentMessage(), QStringLiteral("Events CSV exported → events.csv"));
-    QVERIFY(EventsCsvExporter::exportTo(exports + QStringLiteral("reference.csv"), f.window->engine()->frames(),
-                                        f.window->definitions()));
-    QCOMPARE(read("events.csv"), read("reference.csv"));
-    QVERIFY(read("events.csv").contains("\"MODE\",\"RUN\",\"Running\""));
-
-    // The dialog route ends in the same twin.
-    f.prompts->fileAnswers = {exports + QStringLiteral("dialog.csv")};
-    f.window->exportEventsButton();
-    QCOMPARE(read("dialog.csv"), read("events.csv"));
-
-    SignalsExportOptions options;
-    options.signalNames = {QStringLiteral("RPM")};
-    options.applyMappings = true;
-    QVERIFY(f.window->exportSignalsTo(exports + QStringLiteral("signals.csv"), options));
-    QVERIFY(SignalsCsvExporter::exportTo(exports + QStringLiteral("signals-ref.csv"), f.window->engine()->frames(),
-                                         f.window->definitions(), options));
-    QCOMPARE(read("signals.csv"), read("signals-ref.csv"));
-
-    QVERIFY(!f.window->exportEventsTo(f.project + QStringLiteral("/no/such/folder/events.csv")));
-    QCOMPARE(f.prompts->warningTexts(), QStringList{QStringLiteral("Export Events CSV: Could not open file for writing.")});
-}
-
-void tst_MainWindowPlayback::simulatedDeviceIsRecordedAndPlayedBack()
-{
-    const QString demo = QStringLiteral(OMBRIX_SOURCE_DIR "/examples/demo");
-    QTemporaryDir root;
-    const QString project = root.filePath(QStringLiteral("bench"));
-    QVERIFY(WindowFixture::writeFile(project + QStringLiteral("/dashboard_signals.def"),
-                                     WindowFixture::readFile(demo + QStringLiteral("/dashboard_signals.def"))));
-    const QString link = root.filePath(QStringLiteral("device"));
-
-    QProcess simulator;
-    simulator.start(qEnvironmentVariable("OMBRIX_CLI"),
-                    {QStringLiteral("simulate"), QStringLiteral("--project"), project, QStringLiteral("--link"), link,
-                     QStringLiteral("--rate"), QStringLiteral("200"), QStringLiteral("--duration"), QStringLiteral("30")});
-    QVERIFY2(simulator.waitForStarted(), qPrintable(simulator.errorString()));
-    QTRY_VERIFY(QFileInfo::exists(link));
-
-    Ombrix window;
-    ScriptedPrompts *prompts = ScriptedPrompts::installOn(window);
-    QVERIFY(window.setProjectDir(project));
-    QVERIFY(window.loadLayoutFrom(demo + QStringLiteral("/layouts/demo.json")));
-    AnalogGaugeWidget *speed = nullptr;
-    for (DashboardItem *item : window.dashboard()->items()) {
-        // The demo layout binds only signals its project declares.
-        for (const QString &name : item->dashboardWidget()->signalNames())
-            QVERIFY2(window.definitions()->signalFor(SignalRouter::routingName(name)), qPrintable(name));
-        auto *gauge = qobject_cast<AnalogGaugeWidget *>(item->dashboardWidget());
-        if (gauge && SignalRouter::routingName(gauge->signalNames().value(0)) == QLatin1String("SPEED"))
-            speed = gauge;
+    void lostPortEndsRecordingWithEverythingReceived_data()
+    {
+        QTest::addColumn<bool>("userDisconnects");
+        QTest::newRow("device gone") << false;
+        // A reconnected port starts its clock again: the times would run backwards in one file.
+        QTest::newRow("disconnect clicked") << true;
     }
-    QVERIFY(speed);
 
-    QVERIFY(window.connectPort(link, 115200));
-    QTRY_VERIFY(speed->value() > 0.0);
-    window.recordButton();
-    QCOMPARE(window.mode(), Ombrix::Record);
-    QTRY_VERIFY(window.recordingWriter()->linesWritten() >= 100);
-    window.stopButton();
-    simulator.terminate();
-    QVERIFY(simulator.waitForFinished());
+    void lostPortEndsRecordingWithEverythingReceived()
+    {
+        QFETCH(bool, userDisconnects);
+        PtyPair pty;
+        WindowFixture f;
+        QVERIFY(startRecording(f, pty));
+        const QString path = f.window->recordingWriter()->filePath();
+        QVERIFY(pty.write("1.0 RPM=1\n2.0 RPM=2\n"));
+        QTRY_COMPARE(f.window->latestValues().value(QStringLiteral("RPM")), 2.0);
 
-    QVERIFY(window.engine()->frames().frameCount() >= 50);
-    QVERIFY(window.engine()->frames().signalNames().contains(QStringLiteral("SPEED")));
-    QVERIFY(QFileInfo::exists(Recording::companionPathFor(window.playbackFile())));
-    QVERIFY(prompts->warnings.isEmpty());
-}
+        if (userDisconnects)
+            QTest::mouseClick(f.window->toolBars()->connectButton, Qt::LeftButton);
+        else
+            pty.close();
+        QTRY_COMPARE(f.window->mode(), Ombrix::Idle);
+        if (!userDisconnects)
+            QVERIFY(f.window->statusBar()->currentMessage().contains(QFileInfo(path).fileName()));
+        QCOMPARE(WindowFixture::readFile(path), QByteArray("0.000000 RPM=1\n1.000000 RPM=2\n"));
+    }
+
+    void refusedWritesAreReported()
+    {
+        PtyPair pty;
+        WindowFixture f;
+        QVERIFY(startRecording(f, pty));
+        {
+            const DiskFull full;
+            QVERIFY(pty.write("1.0 RPM=1\n"));
+            QTRY_COMPARE(f.prompts->warnings.size(), 1);
+        }
+        QVERIFY(f.prompts->warnings.at(0).text.contains(QFileInfo(f.window->recordingWriter()->filePath()).fileName()));
+        QCOMPARE(f.window->mode(), Ombrix::Record);
+    }
+
+    void playbackRoutesEventsAtTheirTimesAndPauses()
+    {
+        PlaybackFixture f;
+        f.window->toolBars()->speedBox->setValue(2.0);
+        QCOMPARE(f.window->engine()->playbackRate(), 2.0);
+        f.window->toolBars()->speedBox->setValue(1.0);
+        f.play(0);
+        QCOMPARE(f.state(), QStringLiteral("Play gauge=60 errors=0 messages=0")); // the first frame at once: RPM 100 mapped
+
+        f.advance(1200);
+        QCOMPARE(f.indicator->stateLabel(), QStringLiteral("Running"));
+        QCOMPARE(f.gauge->value(), 110.0);
+        QCOMPARE(f.errors->lines(), QStringList{QStringLiteral("[0.500] E_HOT : Overheated")});
+        QCOMPARE(f.messages->lines(), QStringList{QStringLiteral("[1.000] first message")});
+
+        f.window->stopButton();
+        f.advance(2000);
+        QCOMPARE(f.state(), QStringLiteral("Pause gauge=110 errors=1 messages=1"));
+
+        // Play resumes where the pause left it.
+        f.window->playButton();
+        f.advance(1000);
+        QCOMPARE(f.state(), QStringLiteral("Play gauge=110 errors=2 messages=2"));
+        QVERIFY(f.window->engine()->currentTime() > 2.0);
+
+        // Another recording chosen while paused plays from its own start.
+        f.window->stopButton();
+        const QString other = f.project + QStringLiteral("/recordings/other.rec");
+        QVERIFY(WindowFixture::writeFile(other, "0.000000 RPM=400\n1.000000 RPM=500\n"));
+        f.window->setPlaybackFile(other);
+        f.window->playButton();
+        QCOMPARE(f.gauge->value(), 210.0);
+        f.advance(500);
+        QCOMPARE(f.window->mode(), Ombrix::Play);
+    }
+
+    void seeksRestoreExactlyThePrecedingEvents()
+    {
+        PlaybackFixture f;
+        f.play(2500);
+        // While playing, a seek re-announces events up to the new position only.
+        f.window->engine()->seek(0.2);
+        QVERIFY(f.window->engine()->isPlaying());
+        QCOMPARE(f.errors->lines().size(), 0);
+        QCOMPARE(f.messages->lines().size(), 0);
+        QCOMPARE(f.indicator->stateId(), QStringLiteral("RUN"));
+        f.advance(400);
+        QCOMPARE(f.errors->lines().size(), 1);
+
+        f.window->stopButton();
+        f.window->engine()->seek(2.5);
+        QCOMPARE(f.state(), QStringLiteral("Pause gauge=110 errors=2 messages=2"));
+        f.window->engine()->seek(0.7);
+        QCOMPARE(f.state(), QStringLiteral("Pause gauge=60 errors=1 messages=0"));
+    }
+
+    void endOfPlaybackReturnsToIdleAndPlayRewinds()
+    {
+        PlaybackFixture f;
+        f.play(2900);
+        f.window->stopButton();
+        // A key on the slider seeks at once: everything before the last frame is in force.
+        QTest::keyClick(f.window->toolBars()->positionSlider, Qt::Key_End);
+        QCOMPARE(f.window->toolBars()->positionSlider->value(), 1000);
+        QCOMPARE(f.window->toolBars()->timeLabel->text(), QStringLiteral("3.000"));
+        QCOMPARE(f.messages->lines().size(), 2);
+
+        // At the slider's end Play starts over from the beginning.
+        f.window->playButton();
+        QCOMPARE(f.window->engine()->currentTime(), 0.0);
+        QCOMPARE(f.gauge->value(), 60.0);
+
+        f.advance(3200);
+        QCOMPARE(f.window->mode(), Ombrix::Idle);
+        QVERIFY(f.window->toolBars()->playAction->isEnabled());
+    }
+
+    void recordingDefinitionsTakePrecedenceUntilDesign()
+    {
+        PlaybackFixture f;
+        // The recording was made with RPM mapped as raw * 2.
+        QVERIFY(WindowFixture::writeFile(Recording::companionPathFor(f.recording),
+                                         "DASHBOARD_SIGNAL(RPM, \"Speed\", float)\nDASHBOARD_MAPPING(RPM, 0, 2)\n"));
+        f.window->toolBars()->useRecordingDefinitionsBox->setChecked(true);
+        f.play(0);
+        QCOMPARE(f.gauge->value(), 200.0);
+
+        f.window->designButton();
+        QCOMPARE(f.window->definitionsInForce(), f.window->definitions());
+        f.window->designButton();
+
+        f.window->toolBars()->useRecordingDefinitionsBox->setChecked(false);
+        f.window->playButton();
+        f.window->engine()->seek(0.0);
+        QCOMPARE(f.gauge->value(), 60.0);
+    }
+
+    void playbackFileLabelFollowsSelection()
+    {
+        PlaybackFixture f;
+        f.prompts->fileAnswers = {f.recording};
+        f.window->toolBars()->playbackFileLabel->show();
+        QTest::mouseClick(f.window->toolBars()->playbackFileLabel, Qt::LeftButton);
+        QCOMPARE(f.window->toolBars()->playbackFileLabel->text(), QStringLiteral("bench.rec"));
+        QCOMPARE(f.window->engine()->frames().duration(), 3.0);
+
+        // Cancelling keeps the selection.
+        f.window->selectPlaybackFile();
+        QCOMPARE(f.prompts->captions.size(), 2);
+        QCOMPARE(f.window->playbackFile(), f.recording);
+    }
+
+    void exportsThroughWindowEqualExporters()
+    {
+        PlaybackFixture f;
+        // Without data both exports only inform.
+        f.window->exportEventsButton();
+        f.window->exportButton();
+        QCOMPARE(f.prompts->informations.size(), 2);
+        QCOMPARE(f.prompts->informations.at(0).text, QStringLiteral("No playback data loaded."));
+        QVERIFY(f.prompts->captions.isEmpty());
+
+        f.window->setPlaybackFile(f.recording);
+        const QString exports = f.project + QStringLiteral("/exports/");
+        auto path = [&](const char *name) -> QString { return exports + QLatin1String(name); };
+        auto read = [&](const char *name) { return WindowFixture::readFile(path(name)); };
+        QVERIFY(f.window->exportEventsTo(path("events.csv")));
+        QCOMPARE(f.window->statusBar()->currentMessage(), QStringLiteral("Events CSV exported → events.csv"));
+        QVERIFY(EventsCsvExporter::exportTo(path("reference.csv"), f.window->engine()->frames(), f.window->definitions()));
+        QCOMPARE(read("events.csv"), read("reference.csv"));
+        QVERIFY(read("events.csv").contains("\"MODE\",\"RUN\",\"Running\""));
+
+        // The dialog route ends in the same twin.
+        f.prompts->fileAnswers = {path("dialog.csv")};
+        f.window->exportEventsButton();
+        QCOMPARE(read("dialog.csv"), read("events.csv"));
+
+        SignalsExportOptions options;
+        options.signalNames = {QStringLiteral("RPM")};
+        options.applyMappings = true;
+        QVERIFY(f.window->exportSignalsTo(path("signals.csv"), options));
+        QVERIFY(SignalsCsvExporter::exportTo(path("signals-ref.csv"), f.window->engine()->frames(),
+                                             f.window->definitions(), options));
+        QCOMPARE(read("signals.csv"), read("signals-ref.csv"));
+
+        QVERIFY(!f.window->exportEventsTo(f.project + QStringLiteral("/no/such/folder/events.csv")));
+        QCOMPARE(f.prompts->warningTexts(), QStringList{QStringLiteral("Export Events CSV: Could not open file for writing.")});
+    }
+
+    void simulatedDeviceIsRecordedAndPlayedBack()
+    {
+        const QString demo = QStringLiteral(OMBRIX_SOURCE_DIR "/examples/demo");
+        QTemporaryDir root;
+        const QString project = root.filePath(QStringLiteral("bench"));
+        QVERIFY(WindowFixture::writeFile(project + QStringLiteral("/dashboard_signals.def"),
+                                         WindowFixture::readFile(demo + QStringLiteral("/dashboard_signals.def"))));
+        const QString link = root.filePath(QStringLiteral("device"));
+
+        QProcess simulator;
+        simulator.start(qEnvironmentVariable("OMBRIX_CLI"),
+                        {QStringLiteral("simulate"), QStringLiteral("--project"), project, QStringLiteral("--link"), link,
+                         QStringLiteral("--rate"), QStringLiteral("200"), QStringLiteral("--duration"), QStringLiteral("30")});
+        QVERIFY2(simulator.waitForStarted(), qPrintable(simulator.errorString()));
+        QTRY_VERIFY(QFileInfo::exists(link));
+
+        Ombrix window;
+        ScriptedPrompts *prompts = ScriptedPrompts::installOn(window);
+        QVERIFY(window.setProjectDir(project));
+        QVERIFY(window.loadLayoutFrom(demo + QStringLiteral("/layouts/demo.json")));
+        AnalogGaugeWidget *speed = nullptr;
+        for (DashboardItem *item : window.dashboard()->items()) {
+            // The demo layout binds only signals its project declares.
+            for (const QString &name : item->dashboardWidget()->signalNames())
+                QVERIFY2(window.definitions()->signalFor(SignalRouter::routingName(name)), qPrintable(name));
+            auto *gauge = qobject_cast<AnalogGaugeWidget *>(item->dashboardWidget());
+            if (gauge && SignalRouter::routingName(gauge->signalNames().value(0)) == QLatin1String("SPEED"))
+                speed = gauge;
+        }
+        QVERIFY(speed);
+
+        QVERIFY(window.connectPort(link, 115200));
+        QTRY_VERIFY(speed->value() > 0.0);
+        window.recordButton();
+        QCOMPARE(window.mode(), Ombrix::Record);
+        QTRY_VERIFY(window.recordingWriter()->linesWritten() >= 100);
+        window.stopButton();
+        simulator.terminate();
+        QVERIFY(simulator.waitForFinished());
+
+        QVERIFY(window.engine()->frames().frameCount() >= 50);
+        QVERIFY(window.engine()->frames().signalNames().contains(QStringLiteral("SPEED")));
+        QVERIFY(QFileInfo::exists(Recording::companionPathFor(window.playbackFile())));
+        QVERIFY(prompts->warnings.isEmpty());
+    }
+};
 
 QTEST_MAIN(tst_MainWindowPlayback)
 #include "tst_mainwindow_playback.moc"
