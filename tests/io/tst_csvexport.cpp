@@ -30,12 +30,77 @@ private Q_SLOTS:
         QVERIFY(m_defs.load(defPath));
     }
     void eventsCellByCell_data();
-    void eventsCellByCell();
+    void eventsCellByCell()
+    {
+        QFETCH(QByteArray, recording);
+        QFETCH(bool, catalogue);
+        QFETCH(QString, csv);
+        record(recording);
+        const QString path = m_dir->filePath(QStringLiteral("events.csv"));
+        QString error;
+        QVERIFY2(EventsCsvExporter::exportTo(path, m_recording, catalogue ? &m_defs : nullptr, {}, &error),
+                 qPrintable(error));
+        QCOMPARE(QString::fromUtf8(readFile(path)), csv);
+    }
+
     void signalsCellByCell_data();
-    void signalsCellByCell();
-    void signalsLastInstantIsTheDuration_data();
-    void signalsLastInstantIsTheDuration();
-    void failedExportLeavesTargetAlone_data();
+    void signalsCellByCell()
+    {
+        QFETCH(SignalsExportOptions, options);
+        QFETCH(QString, csv);
+        record("0.000000 A=1\n0.250000 B=2\n0.600000 ST_X=Y\n0.800000 C=7\n1.000000 A=0.1234567890123456 C=8\n");
+        const QString path = m_dir->filePath(QStringLiteral("signals.csv"));
+        const QByteArray old(4096, 'x');
+        QVERIFY(writeFile(path, old)); // a finished export replaces it whole
+        QString error;
+        QCOMPARE(SignalsCsvExporter::exportTo(path, m_recording, &m_defs, options, {}, &error), !csv.isEmpty());
+        QCOMPARE(error.isEmpty(), !csv.isEmpty());
+        QCOMPARE(readFile(path), csv.isEmpty() ? old : csv.toUtf8());
+    }
+
+    // duration * rate lands just below a whole number in floating point
+    // (0.29 * 100 = 28.999999999999996); the last instant must still be there.
+    void signalsLastInstantIsTheDuration_data()
+    {
+        QTest::addColumn<QByteArray>("lastTime");
+        QTest::addColumn<double>("rate");
+        QTest::addColumn<int>("rows");
+        QTest::addColumn<QString>("lastRow");
+
+        QTest::newRow("0.29 s at 100 Hz") << QByteArray("0.290000") << 100.0 << 30 << QStringLiteral("0.290000,2");
+        QTest::newRow("1 s at 3 Hz") << QByteArray("1.000000") << 3.0 << 4 << QStringLiteral("1.000000,2");
+        QTest::newRow("0.7 s at 10 Hz") << QByteArray("0.700000") << 10.0 << 8 << QStringLiteral("0.700000,2");
+        QTest::newRow("between instants") << QByteArray("0.749999") << 4.0 << 3 << QStringLiteral("0.500000,1");
+    }
+
+    void signalsLastInstantIsTheDuration()
+    {
+        QFETCH(QByteArray, lastTime);
+        QFETCH(double, rate);
+        QFETCH(int, rows);
+        QFETCH(QString, lastRow);
+        record("0.000000 A=1\n" + lastTime + " A=2\n");
+        const QString path = m_dir->filePath(QStringLiteral("signals.csv"));
+        QVERIFY(SignalsCsvExporter::exportTo(path, m_recording, nullptr, {{QStringLiteral("A")}, rate, false}));
+        const QStringList csv = QString::fromUtf8(readFile(path)).split(u'\n', Qt::SkipEmptyParts);
+        QCOMPARE(csv.size(), rows + 1);
+        QCOMPARE(csv.constLast(), lastRow);
+    }
+
+    // Exports are atomic: a target that cannot be written, or an export
+    // cancelled at the end or half-way, leaves no file and no temporary behind,
+    // and an existing file exactly as it was.
+    void failedExportLeavesTargetAlone_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("failure");
+        for (const char *kind : {"events", "signals"}) {
+            for (const char *failure : {"missing folder", "folder is a file", "read-only folder", "cancelled at the end",
+                                        "cancelled half-way"})
+                QTest::addRow("%s, %s", kind, failure) << kind << failure;
+        }
+    }
+
     void failedExportLeavesTargetAlone();
 
 private:
@@ -79,19 +144,6 @@ void TestCsvExport::eventsCellByCell_data()
                                                 << QStringLiteral("time,type,key,value,display\n");
 }
 
-void TestCsvExport::eventsCellByCell()
-{
-    QFETCH(QByteArray, recording);
-    QFETCH(bool, catalogue);
-    QFETCH(QString, csv);
-    record(recording);
-    const QString path = m_dir->filePath(QStringLiteral("events.csv"));
-    QString error;
-    QVERIFY2(EventsCsvExporter::exportTo(path, m_recording, catalogue ? &m_defs : nullptr, {}, &error),
-             qPrintable(error));
-    QCOMPARE(QString::fromUtf8(readFile(path)), csv);
-}
-
 void TestCsvExport::signalsCellByCell_data()
 {
     QTest::addColumn<SignalsExportOptions>("options");
@@ -118,63 +170,6 @@ void TestCsvExport::signalsCellByCell_data()
     QTest::newRow("negative rate") << SignalsExportOptions{{"A"}, -1.0, false} << QString();
     QTest::newRow("rate not a number") << SignalsExportOptions{{"A"}, qQNaN(), false} << QString();
     QTest::newRow("absurd rate") << SignalsExportOptions{{"A"}, 1e300, false} << QString();
-}
-
-void TestCsvExport::signalsCellByCell()
-{
-    QFETCH(SignalsExportOptions, options);
-    QFETCH(QString, csv);
-    record("0.000000 A=1\n0.250000 B=2\n0.600000 ST_X=Y\n0.800000 C=7\n1.000000 A=0.1234567890123456 C=8\n");
-    const QString path = m_dir->filePath(QStringLiteral("signals.csv"));
-    const QByteArray old(4096, 'x');
-    QVERIFY(writeFile(path, old)); // a finished export replaces it whole
-    QString error;
-    QCOMPARE(SignalsCsvExporter::exportTo(path, m_recording, &m_defs, options, {}, &error), !csv.isEmpty());
-    QCOMPARE(error.isEmpty(), !csv.isEmpty());
-    QCOMPARE(readFile(path), csv.isEmpty() ? old : csv.toUtf8());
-}
-
-// duration * rate lands just below a whole number in floating point
-// (0.29 * 100 = 28.999999999999996); the last instant must still be there.
-void TestCsvExport::signalsLastInstantIsTheDuration_data()
-{
-    QTest::addColumn<QByteArray>("lastTime");
-    QTest::addColumn<double>("rate");
-    QTest::addColumn<int>("rows");
-    QTest::addColumn<QString>("lastRow");
-
-    QTest::newRow("0.29 s at 100 Hz") << QByteArray("0.290000") << 100.0 << 30 << QStringLiteral("0.290000,2");
-    QTest::newRow("1 s at 3 Hz") << QByteArray("1.000000") << 3.0 << 4 << QStringLiteral("1.000000,2");
-    QTest::newRow("0.7 s at 10 Hz") << QByteArray("0.700000") << 10.0 << 8 << QStringLiteral("0.700000,2");
-    QTest::newRow("between instants") << QByteArray("0.749999") << 4.0 << 3 << QStringLiteral("0.500000,1");
-}
-
-void TestCsvExport::signalsLastInstantIsTheDuration()
-{
-    QFETCH(QByteArray, lastTime);
-    QFETCH(double, rate);
-    QFETCH(int, rows);
-    QFETCH(QString, lastRow);
-    record("0.000000 A=1\n" + lastTime + " A=2\n");
-    const QString path = m_dir->filePath(QStringLiteral("signals.csv"));
-    QVERIFY(SignalsCsvExporter::exportTo(path, m_recording, nullptr, {{QStringLiteral("A")}, rate, false}));
-    const QStringList csv = QString::fromUtf8(readFile(path)).split(u'\n', Qt::SkipEmptyParts);
-    QCOMPARE(csv.size(), rows + 1);
-    QCOMPARE(csv.constLast(), lastRow);
-}
-
-// Exports are atomic: a target that cannot be written, or an export
-// cancelled at the end or half-way, leaves no file and no temporary behind,
-// and an existing file exactly as it was.
-void TestCsvExport::failedExportLeavesTargetAlone_data()
-{
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<QString>("failure");
-    for (const char *kind : {"events", "signals"}) {
-        for (const char *failure : {"missing folder", "folder is a file", "read-only folder", "cancelled at the end",
-                                    "cancelled half-way"})
-            QTest::addRow("%s, %s", kind, failure) << kind << failure;
-    }
 }
 
 void TestCsvExport::failedExportLeavesTargetAlone()

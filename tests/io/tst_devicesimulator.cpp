@@ -14,38 +14,47 @@ class TestDeviceSimulator : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
+    void initTestCase()
+    {
+        QVERIFY(m_demo.load(QStringLiteral(OMBRIX_SOURCE_DIR "/examples/demo/dashboard_signals.def")));
+        QVERIFY(m_demo.signals().size() >= 8);
+    }
+
     void linesFollowTheGrammar();
-    void sameSeedSameLines();
+    void sameSeedSameLines()
+    {
+        DeviceSimulator first(m_demo, 11);
+        DeviceSimulator second(m_demo, 11);
+        DeviceSimulator other(m_demo, 12);
+        QByteArray a, b, c;
+        first.appendLines(a, 2000);
+        second.appendLines(b, 2000);
+        other.appendLines(c, 2000);
+        QCOMPARE(a, b);
+        QVERIFY(a != c);
+    }
+
     void statesCycleAndEventsAreOccasional();
     void sparseDefinitionsStillGiveLines();
 
 private:
     // The next count lines, each checked to be one whole line; empty on a fault.
-    static QList<ParsedLine> parsedLines(DeviceSimulator &simulator, int count);
+    static QList<ParsedLine> parsedLines(DeviceSimulator &simulator, int count)
+    {
+        QList<ParsedLine> lines;
+        for (int i = 0; i < count; ++i) {
+            const QByteArray bytes = simulator.nextLine();
+            ParsedLine parsed;
+            if (!bytes.endsWith('\n') || bytes.count('\n') != 1
+                || !LineParser::parse(QString::fromUtf8(bytes).trimmed(), 0.0, parsed))
+                return {};
+            lines.append(parsed);
+        }
+        return lines;
+    }
 
     SignalDefinitions m_demo;
 };
-
-void TestDeviceSimulator::initTestCase()
-{
-    QVERIFY(m_demo.load(QStringLiteral(OMBRIX_SOURCE_DIR "/examples/demo/dashboard_signals.def")));
-    QVERIFY(m_demo.signals().size() >= 8);
-}
-
-QList<ParsedLine> TestDeviceSimulator::parsedLines(DeviceSimulator &simulator, int count)
-{
-    QList<ParsedLine> lines;
-    for (int i = 0; i < count; ++i) {
-        const QByteArray bytes = simulator.nextLine();
-        ParsedLine parsed;
-        if (!bytes.endsWith('\n') || bytes.count('\n') != 1
-            || !LineParser::parse(QString::fromUtf8(bytes).trimmed(), 0.0, parsed))
-            return {};
-        lines.append(parsed);
-    }
-    return lines;
-}
 
 // Every token is a declared signal's value (raw ADC counts where a mapping
 // exists), a declared state, a declared error or a word of a message.
@@ -75,19 +84,6 @@ void TestDeviceSimulator::linesFollowTheGrammar()
         for (const QString &word : line.unrecognized)
             QVERIFY2(messageWords.contains(word), qPrintable(line.line));
     }
-}
-
-void TestDeviceSimulator::sameSeedSameLines()
-{
-    DeviceSimulator first(m_demo, 11);
-    DeviceSimulator second(m_demo, 11);
-    DeviceSimulator other(m_demo, 12);
-    QByteArray a, b, c;
-    first.appendLines(a, 2000);
-    second.appendLines(b, 2000);
-    other.appendLines(c, 2000);
-    QCOMPARE(a, b);
-    QVERIFY(a != c);
 }
 
 // Five minutes at 50 lines/s: each group cycles through its states in

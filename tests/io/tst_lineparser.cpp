@@ -2,18 +2,6 @@
 
 #include <QtTest>
 
-class TestLineParser : public QObject
-{
-    Q_OBJECT
-
-private Q_SLOTS:
-    void grammar_data();
-    void grammar();
-    void blankLinesAreNotLines();
-    void reusedResultMatchesAFreshOne_data();
-    void reusedResultMatchesAFreshOne();
-};
-
 // A parsed line as "time|events|values|words": states as S:<group>/<state>,
 // errors as E:<name>, both in token order; values in map order; words as
 // unrecognizedParsed carries them.
@@ -29,6 +17,57 @@ static QString describe(const ParsedLine &parsed)
     return QStringList{QString::number(parsed.timestamp), events.join(u','), values.join(u','), parsed.unrecognizedText()}
         .join(u'|');
 }
+
+class TestLineParser : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void grammar_data();
+    void grammar()
+    {
+        QFETCH(QString, line);
+        QFETCH(QString, parsed);
+        ParsedLine copied;
+        ParsedLine viewed;
+        QVERIFY(LineParser::parse(line, 7.25, copied));
+        QVERIFY(LineParser::parse(QStringView(line), 7.25, viewed));
+        QCOMPARE(describe(copied), parsed);
+        QCOMPARE(describe(viewed), parsed);
+        QCOMPARE(copied.line, line);
+        QCOMPARE(copied.ownTimestamp, !parsed.startsWith(u"7.25|"));
+    }
+
+    void blankLinesAreNotLines()
+    {
+        for (const QString &line : {QString(), QStringLiteral(" \t\r\n\f\v")}) {
+            ParsedLine parsed;
+            parsed.values.insert(QStringLiteral("stale"), 1);
+            QVERIFY(!LineParser::parse(QStringView(line), 1.0, parsed));
+            QVERIFY(!LineParser::parse(line, 1.0, parsed));
+            QVERIFY(parsed.values.isEmpty() && parsed.line.isEmpty());
+        }
+    }
+
+    // The receive path parses every line into one reused result, updating its
+    // value map in place when the keys repeat. Each line must still give what it
+    // gives on its own, and a map a receiver kept must not change under it.
+    void reusedResultMatchesAFreshOne_data()
+    {
+        QTest::addColumn<QStringList>("lines");
+        QTest::newRow("same keys") << QStringList{"1 A=1 B=2 C=3", "2 A=4 B=5 C=6", "3 A=7 B=8 C=9"};
+        QTest::newRow("unsorted keys") << QStringList{"Z=1 A=2 M=3", "Z=4 A=5 M=6"};
+        QTest::newRow("same keys, other order") << QStringList{"A=1 B=2", "B=3 A=4", "A=5 B=6"};
+        QTest::newRow("repeated key") << QStringList{"A=1 A=2 B=0", "A=3 A=4 B=0", "A=5 B=1 A=6"};
+        QTest::newRow("a key goes missing") << QStringList{"A=1 B=2", "A=3", "A=4 B=5"};
+        QTest::newRow("a value fails to parse") << QStringList{"A=1 B=2", "A=3 B=x", "A=4 B=5"};
+        QTest::newRow("no values between") << QStringList{"A=1", "hello", "A=2", "7", "A=3"};
+        QTest::newRow("longer and shorter keys") << QStringList{"AB=1 A=2", "A=3 AB=4", "ABC=5 A=6"};
+        QTest::newRow("events and words do not linger") << QStringList{"9 A=1 ST_G=S ERR=E word", "B=2"};
+    }
+
+    void reusedResultMatchesAFreshOne();
+};
 
 void TestLineParser::grammar_data()
 {
@@ -56,48 +95,6 @@ void TestLineParser::grammar_data()
     // \s knows only ASCII white space: a no-break space stays inside its
     // token, but keys and values are trimmed of it.
     QTest::newRow("no-break space") << QStringLiteral("A=1\u00a0B=2 C=\u00a03 D\u00a0=4") << "7.25||C=3,D=4|";
-}
-
-void TestLineParser::grammar()
-{
-    QFETCH(QString, line);
-    QFETCH(QString, parsed);
-    ParsedLine copied;
-    ParsedLine viewed;
-    QVERIFY(LineParser::parse(line, 7.25, copied));
-    QVERIFY(LineParser::parse(QStringView(line), 7.25, viewed));
-    QCOMPARE(describe(copied), parsed);
-    QCOMPARE(describe(viewed), parsed);
-    QCOMPARE(copied.line, line);
-    QCOMPARE(copied.ownTimestamp, !parsed.startsWith(u"7.25|"));
-}
-
-void TestLineParser::blankLinesAreNotLines()
-{
-    for (const QString &line : {QString(), QStringLiteral(" \t\r\n\f\v")}) {
-        ParsedLine parsed;
-        parsed.values.insert(QStringLiteral("stale"), 1);
-        QVERIFY(!LineParser::parse(QStringView(line), 1.0, parsed));
-        QVERIFY(!LineParser::parse(line, 1.0, parsed));
-        QVERIFY(parsed.values.isEmpty() && parsed.line.isEmpty());
-    }
-}
-
-// The receive path parses every line into one reused result, updating its
-// value map in place when the keys repeat. Each line must still give what it
-// gives on its own, and a map a receiver kept must not change under it.
-void TestLineParser::reusedResultMatchesAFreshOne_data()
-{
-    QTest::addColumn<QStringList>("lines");
-    QTest::newRow("same keys") << QStringList{"1 A=1 B=2 C=3", "2 A=4 B=5 C=6", "3 A=7 B=8 C=9"};
-    QTest::newRow("unsorted keys") << QStringList{"Z=1 A=2 M=3", "Z=4 A=5 M=6"};
-    QTest::newRow("same keys, other order") << QStringList{"A=1 B=2", "B=3 A=4", "A=5 B=6"};
-    QTest::newRow("repeated key") << QStringList{"A=1 A=2 B=0", "A=3 A=4 B=0", "A=5 B=1 A=6"};
-    QTest::newRow("a key goes missing") << QStringList{"A=1 B=2", "A=3", "A=4 B=5"};
-    QTest::newRow("a value fails to parse") << QStringList{"A=1 B=2", "A=3 B=x", "A=4 B=5"};
-    QTest::newRow("no values between") << QStringList{"A=1", "hello", "A=2", "7", "A=3"};
-    QTest::newRow("longer and shorter keys") << QStringList{"AB=1 A=2", "A=3 AB=4", "ABC=5 A=6"};
-    QTest::newRow("events and words do not linger") << QStringList{"9 A=1 ST_G=S ERR=E word", "B=2"};
 }
 
 void TestLineParser::reusedResultMatchesAFreshOne()

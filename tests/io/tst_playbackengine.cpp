@@ -7,6 +7,14 @@
 
 using Values = QMap<QString, double>;
 
+static QString text(const Values &values)
+{
+    QStringList parts;
+    for (auto it = values.cbegin(); it != values.cend(); ++it)
+        parts.append(it.key() + u'=' + QString::number(it.value()));
+    return parts.join(u',');
+}
+
 // Drives the engine with a hand-moved clock (tick() after advancing it) and
 // logs every signal as one line of text, in emission order.
 class TestPlaybackEngine : public QObject
@@ -15,10 +23,60 @@ class TestPlaybackEngine : public QObject
 
 private Q_SLOTS:
     void init();
-    void rateScalesPlayTime_data();
-    void rateScalesPlayTime();
-    void rateChangeAndStalls();
-    void framesReachedInOneTickInOrder();
+    void rateScalesPlayTime_data()
+    {
+        QTest::addColumn<double>("rate");
+        QTest::addColumn<int>("ticksBefore"); // 50 ms ticks that must not yet reach the frame
+        QTest::addColumn<double>("frameTime");
+        QTest::newRow("double speed reaches 10 s after 5 s") << 2.0 << 99 << 10.0;
+        QTest::newRow("real time") << 1.0 << 39 << 2.0;
+        QTest::newRow("hundredth steps 0.0005 s per tick") << 0.01 << 1 << 0.00075;
+    }
+
+    void rateScalesPlayTime()
+    {
+        QFETCH(double, rate);
+        QFETCH(int, ticksBefore);
+        QFETCH(double, frameTime);
+        load("0 A=0\n" + QByteArray::number(frameTime, 'f', 6) + " A=1\n100 A=2\n");
+        m_engine->setPlaybackRate(rate);
+        m_engine->start();
+        advance(50, ticksBefore);
+        QCOMPARE(m_log.filter(QStringLiteral("values ")), QStringList{"values A=0"});
+        QCOMPARE(m_playTime, ticksBefore * 0.05 * rate);
+        advance(50);
+        QCOMPARE(m_log.filter(QStringLiteral("values ")), QStringList({"values A=0", "values A=1"}));
+    }
+
+    // A new rate applies from the tick it is set; a gap of two seconds or more
+    // between ticks (a stalled application) adds nothing.
+    void rateChangeAndStalls()
+    {
+        load("0 A=0\n100 A=1\n");
+        m_engine->start();
+        advance(50, 20);
+        m_engine->setPlaybackRate(4.0);
+        advance(50, 20);
+        QCOMPARE(m_playTime, 1.0 + 4.0);
+        advance(2000);
+        advance(5000);
+        QCOMPARE(m_playTime, 5.0);
+        advance(1999);
+        QCOMPARE(m_playTime, 5.0 + 4 * 1.999);
+    }
+
+    void framesReachedInOneTickInOrder()
+    {
+        load("0.01 A=1 ST_G=ON ERR=E1\n0.01 RAWfirst\n0.01 B=2 ERR=E2\n0.02 RAWsecond\n0.03 A=3 ST_G=OFF\n1 A=4\n");
+        m_engine->start();
+        m_log.clear();
+        advance(50);
+        QCOMPARE(m_log, QStringList({"values A=1,B=2", "at 0.01 A=1,B=2", "state 0.01 G=ON", "error 0.01 E1",
+                                     "error 0.01 E2", "message 0.01 first", "values ", "at 0.02 ", "message 0.02 second",
+                                     "values A=3", "at 0.03 A=3", "state 0.03 G=OFF", "time 0.05"}));
+        QCOMPARE(m_engine->index(), 3);
+    }
+
     void sliderFollowsPlayTimeAndResetRewinds();
     void seekReannouncesWhatIsInForce_data();
     void seekReannouncesWhatIsInForce();
@@ -26,8 +84,21 @@ private Q_SLOTS:
     void loadKeepsPositionAndFailedLoadKeepsRecording();
 
 private:
-    void load(const QByteArray &content, const QString &name = QStringLiteral("r.rec"));
-    void advance(qint64 ms, int ticks = 1);
+    void load(const QByteArray &content, const QString &name = QStringLiteral("r.rec"))
+    {
+        QFile file(m_dir->filePath(name));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+        file.close();
+        QVERIFY(m_engine->load(file.fileName()));
+    }
+
+    void advance(qint64 ms, int ticks = 1)
+    {
+        for (int i = 0; i < ticks; ++i) {
+            m_now += ms;
+            m_engine->tick();
+        }
+    }
 
     std::unique_ptr<QTemporaryDir> m_dir;
     std::unique_ptr<SignalPlaybackEngine> m_engine;
@@ -35,14 +106,6 @@ private:
     double m_playTime = -1; // the last playbackTimeAdvanced
     QStringList m_log;
 };
-
-static QString text(const Values &values)
-{
-    QStringList parts;
-    for (auto it = values.cbegin(); it != values.cend(); ++it)
-        parts.append(it.key() + u'=' + QString::number(it.value()));
-    return parts.join(u',');
-}
 
 void TestPlaybackEngine::init()
 {
@@ -70,76 +133,6 @@ void TestPlaybackEngine::init()
         m_playTime = t;
         log(QStringLiteral("time %1").arg(t));
     });
-}
-
-void TestPlaybackEngine::load(const QByteArray &content, const QString &name)
-{
-    QFile file(m_dir->filePath(name));
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
-    file.close();
-    QVERIFY(m_engine->load(file.fileName()));
-}
-
-void TestPlaybackEngine::advance(qint64 ms, int ticks)
-{
-    for (int i = 0; i < ticks; ++i) {
-        m_now += ms;
-        m_engine->tick();
-    }
-}
-
-void TestPlaybackEngine::rateScalesPlayTime_data()
-{
-    QTest::addColumn<double>("rate");
-    QTest::addColumn<int>("ticksBefore"); // 50 ms ticks that must not yet reach the frame
-    QTest::addColumn<double>("frameTime");
-    QTest::newRow("double speed reaches 10 s after 5 s") << 2.0 << 99 << 10.0;
-    QTest::newRow("real time") << 1.0 << 39 << 2.0;
-    QTest::newRow("hundredth steps 0.0005 s per tick") << 0.01 << 1 << 0.00075;
-}
-
-void TestPlaybackEngine::rateScalesPlayTime()
-{
-    QFETCH(double, rate);
-    QFETCH(int, ticksBefore);
-    QFETCH(double, frameTime);
-    load("0 A=0\n" + QByteArray::number(frameTime, 'f', 6) + " A=1\n100 A=2\n");
-    m_engine->setPlaybackRate(rate);
-    m_engine->start();
-    advance(50, ticksBefore);
-    QCOMPARE(m_log.filter(QStringLiteral("values ")), QStringList{"values A=0"});
-    QCOMPARE(m_playTime, ticksBefore * 0.05 * rate);
-    advance(50);
-    QCOMPARE(m_log.filter(QStringLiteral("values ")), QStringList({"values A=0", "values A=1"}));
-}
-
-// A new rate applies from the tick it is set; a gap of two seconds or more
-// between ticks (a stalled application) adds nothing.
-void TestPlaybackEngine::rateChangeAndStalls()
-{
-    load("0 A=0\n100 A=1\n");
-    m_engine->start();
-    advance(50, 20);
-    m_engine->setPlaybackRate(4.0);
-    advance(50, 20);
-    QCOMPARE(m_playTime, 1.0 + 4.0);
-    advance(2000);
-    advance(5000);
-    QCOMPARE(m_playTime, 5.0);
-    advance(1999);
-    QCOMPARE(m_playTime, 5.0 + 4 * 1.999);
-}
-
-void TestPlaybackEngine::framesReachedInOneTickInOrder()
-{
-    load("0.01 A=1 ST_G=ON ERR=E1\n0.01 RAWfirst\n0.01 B=2 ERR=E2\n0.02 RAWsecond\n0.03 A=3 ST_G=OFF\n1 A=4\n");
-    m_engine->start();
-    m_log.clear();
-    advance(50);
-    QCOMPARE(m_log, QStringList({"values A=1,B=2", "at 0.01 A=1,B=2", "state 0.01 G=ON", "error 0.01 E1",
-                                 "error 0.01 E2", "message 0.01 first", "values ", "at 0.02 ", "message 0.02 second",
-                                 "values A=3", "at 0.03 A=3", "state 0.03 G=OFF", "time 0.05"}));
-    QCOMPARE(m_engine->index(), 3);
 }
 
 // Reset rewinds the slider and, while playing, the next tick replays from

@@ -40,8 +40,32 @@ private Q_SLOTS:
         QVERIFY(m_dir->isValid());
     }
     void reads_data();
-    void reads();
-    void deviceLinesReadBackAsReceived_data();
+    void reads()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(QStringList, frames);
+        Recording recording;
+        QVERIFY(recording.load(write(content)));
+        QCOMPARE(describe(recording), frames);
+        QCOMPARE(recording.duration(), frames.isEmpty() ? 0.0 : recording.timeAt(recording.frameCount() - 1));
+    }
+
+    // A device line, recorded as it came or through the writer, must read back
+    // as what the live link gave: the reader applies the same token rules.
+    void deviceLinesReadBackAsReceived_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::newRow("everything") << QStringLiteral("12.5 RPM=3000 TEMP=71.2 ST_MODE=RUN ERR=E_OVERHEAT hello there");
+        QTest::newRow("numbers") << QStringLiteral("1 A=+5 B=.5 C=-1e-3 D=1E5 E=0x10 F=1,5 G=inf H=1. I=--1");
+        QTest::newRow("malformed") << QStringLiteral("2 =5 A=abc ST_=X ST_A= ERR= X==1 ST_G==S");
+        QTest::newRow("tabs and runs of space") << QStringLiteral("3\tA=1  \t B=2\x0B" "C=3");
+        QTest::newRow("non-ASCII space inside a token") << QStringLiteral("4 A\u00A0=5 \u00A0B=6 ST_\u2003G=S\u00A0");
+        QTest::newRow("message of equals words") << QStringLiteral("5 =5 =x RAW");
+        QTest::newRow("message that looks like RAW") << QStringLiteral("6 RAW RAWdata");
+        QTest::newRow("a signal named RAW") << QStringLiteral("8 RAW=5 TEMP=71");
+        QTest::newRow("states and errors in token order") << QStringLiteral("7 ERR=E1 ST_A=X ERR=E2 ST_A=Y");
+    }
+
     void deviceLinesReadBackAsReceived();
     void failedLoadKeepsPreviousFrames();
     void linesAcrossReadChunks();
@@ -85,32 +109,6 @@ void TestRecordingReader::reads_data()
     QTest::newRow("byte order mark and UTF-8") << QByteArray("\xEF\xBB\xBF" "0.1 RAWgr\xC3\xBC\xC3\x9F" "e\n0.2 \xC2\xB5V=3\n")
                                                << QStringList{QStringLiteral("0.1||||grüße"), QStringLiteral("0.2|µV=3|||")};
     QTest::newRow("empty file") << QByteArray() << QStringList{};
-}
-
-void TestRecordingReader::reads()
-{
-    QFETCH(QByteArray, content);
-    QFETCH(QStringList, frames);
-    Recording recording;
-    QVERIFY(recording.load(write(content)));
-    QCOMPARE(describe(recording), frames);
-    QCOMPARE(recording.duration(), frames.isEmpty() ? 0.0 : recording.timeAt(recording.frameCount() - 1));
-}
-
-// A device line, recorded as it came or through the writer, must read back
-// as what the live link gave: the reader applies the same token rules.
-void TestRecordingReader::deviceLinesReadBackAsReceived_data()
-{
-    QTest::addColumn<QString>("line");
-    QTest::newRow("everything") << QStringLiteral("12.5 RPM=3000 TEMP=71.2 ST_MODE=RUN ERR=E_OVERHEAT hello there");
-    QTest::newRow("numbers") << QStringLiteral("1 A=+5 B=.5 C=-1e-3 D=1E5 E=0x10 F=1,5 G=inf H=1. I=--1");
-    QTest::newRow("malformed") << QStringLiteral("2 =5 A=abc ST_=X ST_A= ERR= X==1 ST_G==S");
-    QTest::newRow("tabs and runs of space") << QStringLiteral("3\tA=1  \t B=2\x0B" "C=3");
-    QTest::newRow("non-ASCII space inside a token") << QStringLiteral("4 A\u00A0=5 \u00A0B=6 ST_\u2003G=S\u00A0");
-    QTest::newRow("message of equals words") << QStringLiteral("5 =5 =x RAW");
-    QTest::newRow("message that looks like RAW") << QStringLiteral("6 RAW RAWdata");
-    QTest::newRow("a signal named RAW") << QStringLiteral("8 RAW=5 TEMP=71");
-    QTest::newRow("states and errors in token order") << QStringLiteral("7 ERR=E1 ST_A=X ERR=E2 ST_A=Y");
 }
 
 void TestRecordingReader::deviceLinesReadBackAsReceived()
