@@ -33,69 +33,101 @@ class TestCliExport : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void infoSummarisesTheRecording();
+    void initTestCase()
+    {
+        QVERIFY2(QFile::exists(CliRun::program()), "OMBRIX_CLI must name the ombrix-cli binary");
+        m_rec = m_dir.filePath(QStringLiteral("log_20240101_120000.rec"));
+        m_otherDefs = m_dir.filePath(QStringLiteral("other.def"));
+        QVERIFY(writeFile(m_rec, RecordingText));
+        QVERIFY(writeFile(Recording::companionPathFor(m_rec), Definitions));
+        QVERIFY(writeFile(m_otherDefs, "DASHBOARD_MAPPING(RPM, 5, 2)\nDASHBOARD_STATE(MODE, IDLE, \"Resting\")\n"));
+        QVERIFY(writeFile(m_dir.filePath(QStringLiteral("empty.rec")), "# nothing recorded\n"));
+        QVERIFY(m_recording.load(m_rec));
+    }
+
+    void infoSummarisesTheRecording()
+    {
+        const CliRun run = CliRun::run({"info", m_rec});
+        QCOMPARE(run.exitCode, 0);
+        QVERIFY(run.out.startsWith(QByteArray("File:     " + m_rec.toUtf8() + '\n')));
+        QList<QByteArrayList> rows;
+        for (const QByteArray &line : run.out.split('\n').mid(1))
+            rows.append(line.simplified().split(' '));
+        const QList<QByteArrayList> expected = {
+            {"Duration:", "1.000000", "s"}, {"Frames:", "5"}, {"Signals:", "2"}, {"States:", "2"},
+            {"Errors:", "1"}, {"Messages:", "1"}, {""}, {"Signal", "Samples", "Min", "Max"},
+            {"RPM", "3", "900", "1500"}, {"TEMP", "3", "-3.25", "22"}, {""},
+        };
+        QCOMPARE(rows, expected);
+    }
+
     void exportsEqualTheWindowExporters_data();
     void exportsEqualTheWindowExporters();
-    void helpGoesToStdout();
+    void helpGoesToStdout()
+    {
+        const CliRun run = CliRun::run({"simulate", "--help"});
+        QCOMPARE(run.exitCode, 0);
+        QVERIFY(run.out.startsWith("Usage: ombrix-cli simulate"));
+        QVERIFY(run.out.contains("--link PATH"));
+    }
+
     void badArgumentsExitWithUsage_data();
-    void badArgumentsExitWithUsage();
-    void failedExportsAreOneLine_data();
-    void failedExportsAreOneLine();
+    void badArgumentsExitWithUsage()
+    {
+        QFETCH(QStringList, args);
+        const CliRun run = CliRun::run(withPaths(args));
+        QVERIFY2(run.isUsageError(args.at(0)), run.err.constData());
+        QVERIFY(!QFile::exists(m_dir.filePath(QStringLiteral("out.csv"))));
+    }
+
+    void failedExportsAreOneLine_data()
+    {
+        QTest::addColumn<QStringList>("args");
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QByteArray>("message");
+        QTest::newRow("unknown signal") << QStringList{"export-signals", "REC", "--signals", "RPM,SPEED", "-o", "OUT"}
+                                        << 2 << QByteArray("'SPEED'");
+        QTest::newRow("unwritable output") << QStringList{"export-events", "REC", "-o", "DIR/no/such/folder/out.csv"}
+                                           << 1 << QByteArray("Could not open file for writing.");
+        QTest::newRow("recording without data") << QStringList{"export-events", "EMPTY", "-o", "OUT"} << 1
+                                                << QByteArray("no playback data");
+    }
+
+    void failedExportsAreOneLine()
+    {
+        QFETCH(QStringList, args);
+        QFETCH(int, exitCode);
+        QFETCH(QByteArray, message);
+        const CliRun run = CliRun::run(withPaths(args));
+        QCOMPARE(run.exitCode, exitCode);
+        QCOMPARE(run.err.count('\n'), 1);
+        QVERIFY2(run.err.contains(message), run.err.constData());
+        QVERIFY(!QFile::exists(m_dir.filePath(QStringLiteral("out.csv"))));
+    }
 
 private:
-    QStringList withPaths(QStringList args) const;
+    // REC, OTHER, EMPTY, MISSING, OUT and DIR stand for paths in the test folder, DEMO for the demo project.
+    QStringList withPaths(QStringList args) const
+    {
+        const QHash<QString, QString> paths = {
+            {"REC", m_rec}, {"OTHER", m_otherDefs}, {"EMPTY", m_dir.filePath("empty.rec")},
+            {"MISSING", m_dir.filePath("missing")}, {"OUT", m_dir.filePath("out.csv")},
+            {"DEMO", QStringLiteral(OMBRIX_SOURCE_DIR "/examples/demo")},
+        };
+        for (QString &arg : args) {
+            if (paths.contains(arg))
+                arg = paths.value(arg);
+            else if (arg == QLatin1String("DIR") || arg.startsWith(QLatin1String("DIR/")))
+                arg.replace(0, 3, m_dir.path());
+        }
+        return args;
+    }
 
     QTemporaryDir m_dir;
     QString m_rec;
     QString m_otherDefs;
     Recording m_recording;
 };
-
-void TestCliExport::initTestCase()
-{
-    QVERIFY2(QFile::exists(CliRun::program()), "OMBRIX_CLI must name the ombrix-cli binary");
-    m_rec = m_dir.filePath(QStringLiteral("log_20240101_120000.rec"));
-    m_otherDefs = m_dir.filePath(QStringLiteral("other.def"));
-    QVERIFY(writeFile(m_rec, RecordingText));
-    QVERIFY(writeFile(Recording::companionPathFor(m_rec), Definitions));
-    QVERIFY(writeFile(m_otherDefs, "DASHBOARD_MAPPING(RPM, 5, 2)\nDASHBOARD_STATE(MODE, IDLE, \"Resting\")\n"));
-    QVERIFY(writeFile(m_dir.filePath(QStringLiteral("empty.rec")), "# nothing recorded\n"));
-    QVERIFY(m_recording.load(m_rec));
-}
-
-// REC, OTHER, EMPTY, MISSING, OUT and DIR stand for paths in the test folder, DEMO for the demo project.
-QStringList TestCliExport::withPaths(QStringList args) const
-{
-    const QHash<QString, QString> paths = {
-        {"REC", m_rec}, {"OTHER", m_otherDefs}, {"EMPTY", m_dir.filePath("empty.rec")},
-        {"MISSING", m_dir.filePath("missing")}, {"OUT", m_dir.filePath("out.csv")},
-        {"DEMO", QStringLiteral(OMBRIX_SOURCE_DIR "/examples/demo")},
-    };
-    for (QString &arg : args) {
-        if (paths.contains(arg))
-            arg = paths.value(arg);
-        else if (arg == QLatin1String("DIR") || arg.startsWith(QLatin1String("DIR/")))
-            arg.replace(0, 3, m_dir.path());
-    }
-    return args;
-}
-
-void TestCliExport::infoSummarisesTheRecording()
-{
-    const CliRun run = CliRun::run({"info", m_rec});
-    QCOMPARE(run.exitCode, 0);
-    QVERIFY(run.out.startsWith(QByteArray("File:     " + m_rec.toUtf8() + '\n')));
-    QList<QByteArrayList> rows;
-    for (const QByteArray &line : run.out.split('\n').mid(1))
-        rows.append(line.simplified().split(' '));
-    const QList<QByteArrayList> expected = {
-        {"Duration:", "1.000000", "s"}, {"Frames:", "5"}, {"Signals:", "2"}, {"States:", "2"},
-        {"Errors:", "1"}, {"Messages:", "1"}, {""}, {"Signal", "Samples", "Min", "Max"},
-        {"RPM", "3", "900", "1500"}, {"TEMP", "3", "-3.25", "22"}, {""},
-    };
-    QCOMPARE(rows, expected);
-}
 
 void TestCliExport::exportsEqualTheWindowExporters_data()
 {
@@ -139,14 +171,6 @@ void TestCliExport::exportsEqualTheWindowExporters()
     QVERIFY(readFile(viaCli).count('\n') > 1);
 }
 
-void TestCliExport::helpGoesToStdout()
-{
-    const CliRun run = CliRun::run({"simulate", "--help"});
-    QCOMPARE(run.exitCode, 0);
-    QVERIFY(run.out.startsWith("Usage: ombrix-cli simulate"));
-    QVERIFY(run.out.contains("--link PATH"));
-}
-
 void TestCliExport::badArgumentsExitWithUsage_data()
 {
     QTest::addColumn<QStringList>("args");
@@ -170,39 +194,6 @@ void TestCliExport::badArgumentsExitWithUsage_data()
     QTest::newRow("simulate, rate not a number") << simulate + QStringList{"--project", "DEMO", "--rate", "fast"};
     QTest::newRow("simulate, negative seed") << simulate + QStringList{"--project", "DEMO", "--seed", "-3"};
     QTest::newRow("simulate, stray argument") << simulate + QStringList{"--project", "DEMO", "now"};
-}
-
-void TestCliExport::badArgumentsExitWithUsage()
-{
-    QFETCH(QStringList, args);
-    const CliRun run = CliRun::run(withPaths(args));
-    QVERIFY2(run.isUsageError(args.at(0)), run.err.constData());
-    QVERIFY(!QFile::exists(m_dir.filePath(QStringLiteral("out.csv"))));
-}
-
-void TestCliExport::failedExportsAreOneLine_data()
-{
-    QTest::addColumn<QStringList>("args");
-    QTest::addColumn<int>("exitCode");
-    QTest::addColumn<QByteArray>("message");
-    QTest::newRow("unknown signal") << QStringList{"export-signals", "REC", "--signals", "RPM,SPEED", "-o", "OUT"}
-                                    << 2 << QByteArray("'SPEED'");
-    QTest::newRow("unwritable output") << QStringList{"export-events", "REC", "-o", "DIR/no/such/folder/out.csv"}
-                                       << 1 << QByteArray("Could not open file for writing.");
-    QTest::newRow("recording without data") << QStringList{"export-events", "EMPTY", "-o", "OUT"} << 1
-                                            << QByteArray("no playback data");
-}
-
-void TestCliExport::failedExportsAreOneLine()
-{
-    QFETCH(QStringList, args);
-    QFETCH(int, exitCode);
-    QFETCH(QByteArray, message);
-    const CliRun run = CliRun::run(withPaths(args));
-    QCOMPARE(run.exitCode, exitCode);
-    QCOMPARE(run.err.count('\n'), 1);
-    QVERIFY2(run.err.contains(message), run.err.constData());
-    QVERIFY(!QFile::exists(m_dir.filePath(QStringLiteral("out.csv"))));
 }
 
 QTEST_GUILESS_MAIN(TestCliExport)

@@ -35,90 +35,96 @@ class TestCliRecord : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
-    void stopsAfterTheLineLimit();
-    void stopKeepsEverythingReceived_data();
+    void init()
+    {
+        m_project = std::make_unique<QTemporaryDir>();
+        m_pty = std::make_unique<PtyPair>();
+        m_process = std::make_unique<QProcess>();
+        QVERIFY(m_pty->isValid());
+        // The recorder must not inherit the master side, or closing it here would not hang the terminal up.
+        QCOMPARE(::fcntl(m_pty->masterFd(), F_SETFD, FD_CLOEXEC), 0);
+        QVERIFY(writeFile(m_project->filePath(QStringLiteral("dashboard_signals.def")), Definitions));
+    }
+
+    void cleanup()
+    {
+        if (m_process->state() != QProcess::NotRunning) {
+            m_process->kill();
+            m_process->waitForFinished();
+        }
+        m_process.reset();
+    }
+
+    // The line that reaches the limit is recorded whole, the next one not at
+    // all, even when both arrive in the same read.
+    void stopsAfterTheLineLimit()
+    {
+        QVERIFY(startRecording({"--lines", "3"}));
+        QVERIFY(m_pty->write(FirstLines + "11 A=0.333333333333333\n12 A=9\n"));
+        QVERIFY(finishedWith(0, "line limit reached"));
+
+        const QFileInfo info(m_recordingPath);
+        QCOMPARE(info.absolutePath(), QDir(m_project->filePath("recordings")).absolutePath());
+        QVERIFY(QRegularExpression(QStringLiteral("^log_\\d{8}_\\d{6}\\.rec$")).match(info.fileName()).hasMatch());
+        QCOMPARE(readFile(m_recordingPath), FirstLinesRecorded + "0.500000 A=0.333333333333\n");
+        QCOMPARE(readFile(Recording::companionPathFor(m_recordingPath)), Definitions);
+    }
+
+    void stopKeepsEverythingReceived_data()
+    {
+        QTest::addColumn<int>("signalNumber"); // 0: the device goes away
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QByteArray>("message");
+        QTest::newRow("Ctrl+C") << int(SIGINT) << 0 << QByteArray("interrupted");
+        QTest::newRow("SIGTERM") << int(SIGTERM) << 0 << QByteArray("interrupted");
+        QTest::newRow("terminal closed") << int(SIGHUP) << 0 << QByteArray("interrupted");
+        QTest::newRow("pulled cable") << 0 << 3 << QByteArray("disappeared");
+    }
+
     void stopKeepsEverythingReceived();
-    void stopsAfterTheDuration();
-    void unopenablePortFails();
+    void stopsAfterTheDuration()
+    {
+        QVERIFY(startRecording({"--duration", "0.3"}));
+        QVERIFY(finishedWith(0, "duration reached"));
+    }
+
+    void unopenablePortFails()
+    {
+        const CliRun run = CliRun::run({"record", "--port", m_project->filePath("no-such-port"), "--project",
+                                        m_project->path()});
+        QCOMPARE(run.exitCode, 1);
+        QCOMPARE(run.err.count('\n'), 1);
+        QVERIFY(run.out.isEmpty());
+        QVERIFY(QDir(m_project->filePath("recordings")).isEmpty());
+    }
 
 private:
     // Starts recording the pseudo-terminal and waits for the recording's path on stdout.
-    bool startRecording(const QStringList &extraArgs);
-    bool finishedWith(int exitCode, const QByteArray &message);
+    bool startRecording(const QStringList &extraArgs)
+    {
+        // Whatever this test runs under (nohup ignores hang-ups), the recorder starts like one in a terminal.
+        m_process->setChildProcessModifier([] { ::signal(SIGHUP, SIG_DFL); });
+        m_process->start(CliRun::program(),
+                         QStringList{"record", "--port", m_pty->slavePath(), "--project", m_project->path()} + extraArgs);
+        while (!m_process->canReadLine()) {
+            if (!m_process->waitForReadyRead(10000))
+                return false;
+        }
+        m_recordingPath = QString::fromUtf8(m_process->readLine()).trimmed();
+        return QFile::exists(m_recordingPath);
+    }
+
+    bool finishedWith(int exitCode, const QByteArray &message)
+    {
+        return m_process->waitForFinished(10000) && m_process->exitStatus() == QProcess::NormalExit
+            && m_process->exitCode() == exitCode && m_process->readAllStandardError().contains(message);
+    }
 
     std::unique_ptr<QTemporaryDir> m_project;
     std::unique_ptr<PtyPair> m_pty;
     std::unique_ptr<QProcess> m_process; // ombrix-cli record
     QString m_recordingPath;
 };
-
-void TestCliRecord::init()
-{
-    m_project = std::make_unique<QTemporaryDir>();
-    m_pty = std::make_unique<PtyPair>();
-    m_process = std::make_unique<QProcess>();
-    QVERIFY(m_pty->isValid());
-    // The recorder must not inherit the master side, or closing it here would not hang the terminal up.
-    QCOMPARE(::fcntl(m_pty->masterFd(), F_SETFD, FD_CLOEXEC), 0);
-    QVERIFY(writeFile(m_project->filePath(QStringLiteral("dashboard_signals.def")), Definitions));
-}
-
-void TestCliRecord::cleanup()
-{
-    if (m_process->state() != QProcess::NotRunning) {
-        m_process->kill();
-        m_process->waitForFinished();
-    }
-    m_process.reset();
-}
-
-bool TestCliRecord::startRecording(const QStringList &extraArgs)
-{
-    // Whatever this test runs under (nohup ignores hang-ups), the recorder starts like one in a terminal.
-    m_process->setChildProcessModifier([] { ::signal(SIGHUP, SIG_DFL); });
-    m_process->start(CliRun::program(),
-                     QStringList{"record", "--port", m_pty->slavePath(), "--project", m_project->path()} + extraArgs);
-    while (!m_process->canReadLine()) {
-        if (!m_process->waitForReadyRead(10000))
-            return false;
-    }
-    m_recordingPath = QString::fromUtf8(m_process->readLine()).trimmed();
-    return QFile::exists(m_recordingPath);
-}
-
-bool TestCliRecord::finishedWith(int exitCode, const QByteArray &message)
-{
-    return m_process->waitForFinished(10000) && m_process->exitStatus() == QProcess::NormalExit
-        && m_process->exitCode() == exitCode && m_process->readAllStandardError().contains(message);
-}
-
-// The line that reaches the limit is recorded whole, the next one not at
-// all, even when both arrive in the same read.
-void TestCliRecord::stopsAfterTheLineLimit()
-{
-    QVERIFY(startRecording({"--lines", "3"}));
-    QVERIFY(m_pty->write(FirstLines + "11 A=0.333333333333333\n12 A=9\n"));
-    QVERIFY(finishedWith(0, "line limit reached"));
-
-    const QFileInfo info(m_recordingPath);
-    QCOMPARE(info.absolutePath(), QDir(m_project->filePath("recordings")).absolutePath());
-    QVERIFY(QRegularExpression(QStringLiteral("^log_\\d{8}_\\d{6}\\.rec$")).match(info.fileName()).hasMatch());
-    QCOMPARE(readFile(m_recordingPath), FirstLinesRecorded + "0.500000 A=0.333333333333\n");
-    QCOMPARE(readFile(Recording::companionPathFor(m_recordingPath)), Definitions);
-}
-
-void TestCliRecord::stopKeepsEverythingReceived_data()
-{
-    QTest::addColumn<int>("signalNumber"); // 0: the device goes away
-    QTest::addColumn<int>("exitCode");
-    QTest::addColumn<QByteArray>("message");
-    QTest::newRow("Ctrl+C") << int(SIGINT) << 0 << QByteArray("interrupted");
-    QTest::newRow("SIGTERM") << int(SIGTERM) << 0 << QByteArray("interrupted");
-    QTest::newRow("terminal closed") << int(SIGHUP) << 0 << QByteArray("interrupted");
-    QTest::newRow("pulled cable") << 0 << 3 << QByteArray("disappeared");
-}
 
 void TestCliRecord::stopKeepsEverythingReceived()
 {
@@ -135,22 +141,6 @@ void TestCliRecord::stopKeepsEverythingReceived()
         m_pty->close();
     QVERIFY(finishedWith(exitCode, message));
     QCOMPARE(readFile(m_recordingPath), FirstLinesRecorded);
-}
-
-void TestCliRecord::stopsAfterTheDuration()
-{
-    QVERIFY(startRecording({"--duration", "0.3"}));
-    QVERIFY(finishedWith(0, "duration reached"));
-}
-
-void TestCliRecord::unopenablePortFails()
-{
-    const CliRun run = CliRun::run({"record", "--port", m_project->filePath("no-such-port"), "--project",
-                                    m_project->path()});
-    QCOMPARE(run.exitCode, 1);
-    QCOMPARE(run.err.count('\n'), 1);
-    QVERIFY(run.out.isEmpty());
-    QVERIFY(QDir(m_project->filePath("recordings")).isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestCliRecord)
