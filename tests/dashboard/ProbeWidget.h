@@ -16,10 +16,7 @@ class ProbeWidget : public DashboardWidget
 {
 public:
     explicit ProbeWidget(bool multipleSignals = false, const QStringList &names = {})
-        : multiple(multipleSignals)
-    {
-        setSignalNames(names);
-    }
+        : multiple(multipleSignals) { setSignalNames(names); }
 
     static QString typeId() { return QStringLiteral("TestProbe"); }
     static void registerTypes()
@@ -50,11 +47,7 @@ public:
         thresholdEdit->setValue(threshold);
         form->addRow(QStringLiteral("Threshold:"), thresholdEdit);
     }
-    void applyConfigForm() override
-    {
-        if (thresholdEdit)
-            threshold = thresholdEdit->value();
-    }
+    void applyConfigForm() override { threshold = thresholdEdit ? thresholdEdit->value() : threshold; }
 
     QSize hint{40, 30};
     bool multiple = false;
