@@ -1,8 +1,8 @@
 #include "DeviceSimulator.h"
 #include "LineParser.h"
 #include "SignalDefinitions.h"
+#include "TestFiles.h"
 
-#include <QFile>
 #include <QSet>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -23,15 +23,13 @@ private Q_SLOTS:
     void linesFollowTheGrammar();
     void sameSeedSameLines()
     {
-        DeviceSimulator first(m_demo, 11);
-        DeviceSimulator second(m_demo, 11);
-        DeviceSimulator other(m_demo, 12);
-        QByteArray a, b, c;
-        first.appendLines(a, 2000);
-        second.appendLines(b, 2000);
-        other.appendLines(c, 2000);
-        QCOMPARE(a, b);
-        QVERIFY(a != c);
+        const auto stream = [this](quint64 seed) {
+            QByteArray lines;
+            DeviceSimulator(m_demo, seed).appendLines(lines, 2000);
+            return lines;
+        };
+        QCOMPARE(stream(11), stream(11));
+        QVERIFY(stream(11) != stream(12));
     }
 
     void statesCycleAndEventsAreOccasional();
@@ -122,11 +120,9 @@ void TestDeviceSimulator::sparseDefinitionsStillGiveLines()
                                 "DASHBOARD_SIGNAL(A, \"A\", float)\nDASHBOARD_MAPPING(A, 1, 0)\n"}; // zero scale
     QTemporaryDir dir;
     for (const QByteArray &definitions : cases) {
-        QFile file(dir.filePath(QStringLiteral("dashboard_signals.def")));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(definitions) == definitions.size());
-        file.close();
+        const QString path = dir.filePath(QStringLiteral("dashboard_signals.def"));
         SignalDefinitions defs;
-        QVERIFY(defs.load(file.fileName()));
+        QVERIFY(writeFile(path, definitions) && defs.load(path));
         DeviceSimulator simulator(defs, 2);
         const QList<ParsedLine> lines = parsedLines(simulator, 500);
         QCOMPARE(lines.size(), 500);
