@@ -245,9 +245,7 @@ void TestSerialManager::badInput_data()
     const QByteArray filler(1 << 20, 'x');
     QTest::newRow("megabyte line") << "A=1 " + filler + " B=2\nC=3\n" << QStringList{"A=1,B=2", "C=3"}
                                    << QStringList{QString::fromLatin1(filler)};
-    QByteArray endless;
-    for (int i = 0; i < 100000; ++i)
-        endless += "A=1 B=2 ";
+    const QByteArray endless = QByteArray("A=1 B=2 ").repeated(100000);
     QTest::newRow("no line feed for 800 kB") << endless + "C=3\nD=4\n" << QStringList{"A=1,B=2,C=3", "D=4"}
                                              << QStringList();
     QByteArray garbage;
