@@ -1,6 +1,3 @@
-// The built-in widget types and the icon set: every type the palette offers can
-// be created by name and reports the same name back; every icon the tool bars
-// and the palette use is present and not blank.
 #include "DashboardWidget.h"
 #include "DashboardWidgetFactory.h"
 
