@@ -7,6 +7,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <utility>
+
 // A 20 s recording. The slider is driven through its own API (setSliderDown
 // emits pressed and released, setSliderPosition while down emits moved), as
 // a mouse would.
@@ -15,15 +17,129 @@ class TestPlaybackScrubber : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
-    void pressStopsEngineAndTicksSeekWhileHeld();
-    void releaseResumesOnlyInPlay_data();
-    void releaseResumesOnlyInPlay();
-    void previewWindowFromPlots_data();
-    void previewWindowFromPlots();
-    void previewResentOnlyOnRealChange();
-    void grooveClickSeeksAtOnceAndShowsTime();
+    void init()
+    {
+        QFile file(m_dir.filePath(QStringLiteral("r.rec")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        for (int i = 0; i <= 40; ++i)
+            file.write(QByteArray::number(i * 0.5, 'f', 6) + " A=" + QByteArray::number(i) + "\n");
+        file.close();
+
+        m_slider = std::make_unique<QSlider>(Qt::Horizontal);
+        m_engine = std::make_unique<SignalPlaybackEngine>();
+        QVERIFY(m_engine->load(file.fileName()));
+        m_scrubber = std::make_unique<PlaybackScrubber>(m_slider.get(), m_engine.get());
+        m_playMode = false;
+        m_windowMs = 0.0;
+        m_scrubber->setPlayModeQuery([this] { return m_playMode; });
+        m_scrubber->setTimeWindowProvider([this] { return m_windowMs; });
+    }
+
+    void cleanup()
+    {
+        m_scrubber.reset();
+        m_engine.reset();
+        m_slider.reset();
+    }
+
+    void pressStopsEngineAndTicksSeekWhileHeld()
+    {
+        QSignalSpy started(m_scrubber.get(), &PlaybackScrubber::scrubStarted);
+        QSignalSpy scrubbed(m_scrubber.get(), &PlaybackScrubber::positionScrubbed);
+        QSignalSpy reset(m_engine.get(), &SignalPlaybackEngine::dataReset);
+        m_engine->start();
+        m_slider->setValue(300);
+        m_slider->setSliderDown(true);
+        QVERIFY(!m_engine->isPlaying());
+        QCOMPARE(started.size(), 1);
+        QCOMPARE(m_scrubber->pendingPosition(), 300);
+        QVERIFY(m_scrubber->isScrubTimerActive());
+
+        m_slider->setSliderPosition(250);
+        QTRY_VERIFY(!scrubbed.isEmpty());
+        QCOMPARE(scrubbed.constLast().at(0).toLongLong(), 5000); // 20 s x 250 / 1000
+        QCOMPARE(m_engine->currentTime(), 5.0);
+        QVERIFY(reset.size() >= 1); // stopped: the plots are refilled
+        m_slider->setSliderPosition(500);
+        QTRY_COMPARE(scrubbed.constLast().at(0).toLongLong(), 10000);
+        QVERIFY(m_scrubber->isScrubTimerActive());
+    }
+
+    void releaseResumesOnlyInPlay_data()
+    {
+        QTest::addColumn<bool>("playMode");
+        QTest::newRow("play") << true;
+        QTest::newRow("pause") << false;
+    }
+
+    void releaseResumesOnlyInPlay()
+    {
+        QFETCH(bool, playMode);
+        m_playMode = playMode;
+        m_engine->start();
+        QSignalSpy scrubbed(m_scrubber.get(), &PlaybackScrubber::positionScrubbed);
+        m_slider->setSliderDown(true);
+        m_slider->setSliderPosition(750);
+        m_slider->setSliderDown(false);
+        QVERIFY(!m_scrubber->isDragging() && !m_scrubber->isScrubTimerActive());
+        QCOMPARE(scrubbed.size(), 1);
+        QCOMPARE(scrubbed.at(0).at(0).toLongLong(), 15000);
+        QCOMPARE(m_engine->isPlaying(), playMode);
+        m_engine->pause();
+    }
+
+    void previewWindowFromPlots_data()
+    {
+        QTest::addColumn<double>("windowMs");
+        QTest::addColumn<double>("seconds");
+        QTest::newRow("no trend plot: 10 s") << 0.0 << 10.0;
+        QTest::newRow("negative") << -5.0 << 10.0;
+        QTest::newRow("plot window") << 4000.0 << 4.0;
+        QTest::newRow("capped at 30 s") << 45000.0 << 30.0;
+        QTest::newRow("floor 0.1 s") << 50.0 << 0.1;
+    }
+
+    void previewWindowFromPlots()
+    {
+        QFETCH(double, windowMs);
+        QFETCH(double, seconds);
+        m_windowMs = windowMs;
+        m_slider->setSliderDown(true);
+        m_slider->setSliderDown(false);
+        QCOMPARE(m_engine->previewWindow(), seconds);
+    }
+
+    void previewResentOnlyOnRealChange()
+    {
+        m_windowMs = 5000.0;
+        m_slider->setSliderDown(true);
+        for (const auto &[ms, seconds] : std::initializer_list<std::pair<double, double>>{{5000, 5.0}, {5050, 5.0}, {5200, 5.2}}) {
+            m_windowMs = ms;
+            m_scrubber->scrubTick();
+            QCOMPARE(m_engine->previewWindow(), seconds);
+        }
+        m_windowMs = 5250.0;
+        m_slider->setSliderDown(false); // release always sends
+        QCOMPARE(m_engine->previewWindow(), 5.25);
+    }
+
+    void grooveClickSeeksAtOnceAndShowsTime()
+    {
+        QSignalSpy scrubbed(m_scrubber.get(), &PlaybackScrubber::positionScrubbed);
+        QSignalSpy text(m_scrubber.get(), &PlaybackScrubber::timeTextChanged);
+        m_slider->setPageStep(100);
+        m_slider->triggerAction(QAbstractSlider::SliderPageStepAdd);
+        QCOMPARE(scrubbed.size(), 1);
+        QCOMPARE(m_engine->currentTime(), 2.0);
+        QCOMPARE(text.constLast().at(0).toString(), QStringLiteral("2.000"));
+
+        // The wheel moves the slider without a press.
+        m_slider->setSliderPosition(333);
+        m_slider->triggerAction(QAbstractSlider::SliderMove);
+        QCOMPARE(scrubbed.constLast().at(0).toLongLong(), 6660);
+        QCOMPARE(text.constLast().at(0).toString(), QStringLiteral("6.660"));
+        QVERIFY(!m_engine->isPlaying());
+    }
 
 private:
     QTemporaryDir m_dir;
@@ -33,134 +149,6 @@ private:
     bool m_playMode = false;
     double m_windowMs = 0.0;
 };
-
-void TestPlaybackScrubber::init()
-{
-    QFile file(m_dir.filePath(QStringLiteral("r.rec")));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    for (int i = 0; i <= 40; ++i)
-        file.write(QByteArray::number(i * 0.5, 'f', 6) + " A=" + QByteArray::number(i) + "\n");
-    file.close();
-
-    m_slider = std::make_unique<QSlider>(Qt::Horizontal);
-    m_engine = std::make_unique<SignalPlaybackEngine>();
-    QVERIFY(m_engine->load(file.fileName()));
-    m_scrubber = std::make_unique<PlaybackScrubber>(m_slider.get(), m_engine.get());
-    m_playMode = false;
-    m_windowMs = 0.0;
-    m_scrubber->setPlayModeQuery([this] { return m_playMode; });
-    m_scrubber->setTimeWindowProvider([this] { return m_windowMs; });
-}
-
-void TestPlaybackScrubber::cleanup()
-{
-    m_scrubber.reset();
-    m_engine.reset();
-    m_slider.reset();
-}
-
-void TestPlaybackScrubber::pressStopsEngineAndTicksSeekWhileHeld()
-{
-    QSignalSpy started(m_scrubber.get(), &PlaybackScrubber::scrubStarted);
-    QSignalSpy scrubbed(m_scrubber.get(), &PlaybackScrubber::positionScrubbed);
-    QSignalSpy reset(m_engine.get(), &SignalPlaybackEngine::dataReset);
-    m_engine->start();
-    m_slider->setValue(300);
-    m_slider->setSliderDown(true);
-    QVERIFY(!m_engine->isPlaying());
-    QCOMPARE(started.size(), 1);
-    QCOMPARE(m_scrubber->pendingPosition(), 300);
-    QVERIFY(m_scrubber->isScrubTimerActive());
-
-    m_slider->setSliderPosition(250);
-    QTRY_VERIFY(!scrubbed.isEmpty());
-    QCOMPARE(scrubbed.constLast().at(0).toLongLong(), 5000); // 20 s x 250 / 1000
-    QCOMPARE(m_engine->currentTime(), 5.0);
-    QVERIFY(reset.size() >= 1); // stopped: the plots are refilled
-    m_slider->setSliderPosition(500);
-    QTRY_COMPARE(scrubbed.constLast().at(0).toLongLong(), 10000);
-    QVERIFY(m_scrubber->isScrubTimerActive());
-}
-
-void TestPlaybackScrubber::releaseResumesOnlyInPlay_data()
-{
-    QTest::addColumn<bool>("playMode");
-    QTest::newRow("play") << true;
-    QTest::newRow("pause") << false;
-}
-
-void TestPlaybackScrubber::releaseResumesOnlyInPlay()
-{
-    QFETCH(bool, playMode);
-    m_playMode = playMode;
-    m_engine->start();
-    QSignalSpy scrubbed(m_scrubber.get(), &PlaybackScrubber::positionScrubbed);
-    m_slider->setSliderDown(true);
-    m_slider->setSliderPosition(750);
-    m_slider->setSliderDown(false);
-    QVERIFY(!m_scrubber->isDragging());
-    QVERIFY(!m_scrubber->isScrubTimerActive());
-    QCOMPARE(scrubbed.size(), 1);
-    QCOMPARE(scrubbed.at(0).at(0).toLongLong(), 15000);
-    QCOMPARE(m_engine->isPlaying(), playMode);
-    m_engine->pause();
-}
-
-void TestPlaybackScrubber::previewWindowFromPlots_data()
-{
-    QTest::addColumn<double>("windowMs");
-    QTest::addColumn<double>("seconds");
-    QTest::newRow("no trend plot: 10 s") << 0.0 << 10.0;
-    QTest::newRow("negative") << -5.0 << 10.0;
-    QTest::newRow("plot window") << 4000.0 << 4.0;
-    QTest::newRow("capped at 30 s") << 45000.0 << 30.0;
-    QTest::newRow("floor 0.1 s") << 50.0 << 0.1;
-}
-
-void TestPlaybackScrubber::previewWindowFromPlots()
-{
-    QFETCH(double, windowMs);
-    QFETCH(double, seconds);
-    m_windowMs = windowMs;
-    m_slider->setSliderDown(true);
-    m_slider->setSliderDown(false);
-    QCOMPARE(m_engine->previewWindow(), seconds);
-}
-
-void TestPlaybackScrubber::previewResentOnlyOnRealChange()
-{
-    m_windowMs = 5000.0;
-    m_slider->setSliderDown(true);
-    m_scrubber->scrubTick();
-    QCOMPARE(m_engine->previewWindow(), 5.0);
-    m_windowMs = 5050.0;
-    m_scrubber->scrubTick();
-    QCOMPARE(m_engine->previewWindow(), 5.0);
-    m_windowMs = 5200.0;
-    m_scrubber->scrubTick();
-    QCOMPARE(m_engine->previewWindow(), 5.2);
-    m_windowMs = 5250.0;
-    m_slider->setSliderDown(false); // release always sends
-    QCOMPARE(m_engine->previewWindow(), 5.25);
-}
-
-void TestPlaybackScrubber::grooveClickSeeksAtOnceAndShowsTime()
-{
-    QSignalSpy scrubbed(m_scrubber.get(), &PlaybackScrubber::positionScrubbed);
-    QSignalSpy text(m_scrubber.get(), &PlaybackScrubber::timeTextChanged);
-    m_slider->setPageStep(100);
-    m_slider->triggerAction(QAbstractSlider::SliderPageStepAdd);
-    QCOMPARE(scrubbed.size(), 1);
-    QCOMPARE(m_engine->currentTime(), 2.0);
-    QCOMPARE(text.constLast().at(0).toString(), QStringLiteral("2.000"));
-
-    // The wheel moves the slider without a press.
-    m_slider->setSliderPosition(333);
-    m_slider->triggerAction(QAbstractSlider::SliderMove);
-    QCOMPARE(scrubbed.constLast().at(0).toLongLong(), 6660);
-    QCOMPARE(text.constLast().at(0).toString(), QStringLiteral("6.660"));
-    QVERIFY(!m_engine->isPlaying());
-}
 
 QTEST_MAIN(TestPlaybackScrubber)
 #include "tst_playbackscrubber.moc"
