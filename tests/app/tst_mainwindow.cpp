@@ -51,281 +51,265 @@ class tst_MainWindow : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void cleanup();
+    void cleanup() { QTRY_VERIFY(QApplication::topLevelWidgets().isEmpty()); }
 
-    void liveDataReachesItsWidgets();
-    void modeTransitions_data();
-    void modeTransitions();
-    void paletteDoubleClickAddsOnFreeGridPositions();
-    void layoutRoundTripRestoresEveryItem();
-    void layoutWarnings_data();
-    void layoutWarnings();
-    void layoutDialogRouteAndEmptyLayout();
-    void portFailureAndLossLeaveWindowUsable();
-    void typedPortPathSurvivesPortRefresh();
+    void liveDataReachesItsWidgets()
+    {
+        PtyPair pty;
+        QVERIFY(pty.isValid());
+        WindowFixture f;
+        auto *gauge = f.widgetOf<AnalogGaugeWidget>(f.add(QStringLiteral("AnalogGauge"), {QStringLiteral("RPM")}));
+        auto *display = f.widgetOf<DigitalDisplayWidget>(f.add(QStringLiteral("DigitalDisplay"), {QStringLiteral("RPM:avg")}));
+        auto *other = f.widgetOf<AnalogGaugeWidget>(f.add(QStringLiteral("AnalogGauge"), {QStringLiteral("TEMP")}));
+        auto *indicator = f.widgetOf<StateIndicatorWidget>(f.add(QStringLiteral("StateIndicator")));
+        auto *errors = f.widgetOf<ErrorConsoleWidget>(f.add(QStringLiteral("ErrorConsole")));
+        auto *messages = f.widgetOf<MessagesConsoleWidget>(f.add(QStringLiteral("MessagesConsole")));
+        gauge->setRange(0, 1000);
+        indicator->setGroupId(QStringLiteral("MODE"));
+
+        QVERIFY(f.window->connectPort(pty.slavePath(), 115200));
+        QCOMPARE(f.window->toolBars()->connectButton->text(), QStringLiteral("Disconnect"));
+        QVERIFY(pty.write("RPM=100\n"));
+        // RPM maps as raw * 0.5 + 10; the display is bound as "name:suffix".
+        QTRY_COMPARE(gauge->value(), 60.0);
+        QTRY_VERIFY2(display->valueText().startsWith(QLatin1String("60")), qPrintable(display->valueText()));
+        QCOMPARE(other->value(), 0.0);
+        QCOMPARE(f.window->latestValues().value(QStringLiteral("RPM")), 100.0);
+
+        QVERIFY(pty.write("1.5 RPM=300 TEMP=42\n2.0 ST_MODE=RUN ERR=E_HOT hello there\n"));
+        QTRY_COMPARE(messages->lines().size(), 1);
+        QCOMPARE(gauge->value(), 160.0);
+        QCOMPARE(other->value(), 42.0);
+        QCOMPARE(indicator->stateLabel(), QStringLiteral("Running"));
+        QVERIFY(errors->lines().at(0).endsWith(QLatin1String("E_HOT : Overheated")));
+        QVERIFY(messages->lines().at(0).endsWith(QLatin1String("hello there")));
+
+        // Rebound in design mode, as the configuration dialog does it, a widget
+        // follows its new signal while the device streams on.
+        f.window->designButton();
+        other->setSignalNames({QStringLiteral("RPM")});
+        QTRY_VERIFY((pty.write("RPM=100\n"), other->value() == 60.0));
+
+        QTest::mouseClick(f.window->toolBars()->connectButton, Qt::LeftButton);
+        QCOMPARE(f.window->toolBars()->connectButton->text(), QStringLiteral("Connect"));
+        QVERIFY(!f.window->serialManager()->isOpen());
+    }
+
+    void modeTransitions_data()
+    {
+        QTest::addColumn<QString>("presses");
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<QString>("status");
+        QTest::addColumn<QString>("stopText");
+        const int design = Ombrix::Design, play = Ombrix::Play, pause = Ombrix::Pause, idle = Ombrix::Idle;
+        QTest::newRow("design") << "design" << design << "Design Mode" << "Stop";
+        QTest::newRow("design twice") << "design design" << idle << "Idle" << "Stop";
+        QTest::newRow("play") << "play" << play << "Playing..." << "Pause";
+        QTest::newRow("stop in play pauses") << "play stop" << pause << "Pause..." << "Stop";
+        QTest::newRow("stop in pause") << "play stop stop" << idle << "Idle" << "Stop";
+        QTest::newRow("play after pause") << "play stop play" << play << "Playing..." << "Pause";
+        QTest::newRow("stop in design") << "design stop" << idle << "Idle" << "Stop";
+        QTest::newRow("design from play") << "play design" << design << "Design Mode" << "Stop";
+        QTest::newRow("record without port") << "record" << idle << "Idle" << "Stop";
+        QTest::newRow("record without port in design") << "design record" << design << "Design Mode" << "Stop";
+    }
+
+    void modeTransitions()
+    {
+        QFETCH(QString, presses);
+        QFETCH(int, mode);
+        QFETCH(QString, status);
+        QFETCH(QString, stopText);
+
+        WindowFixture f;
+        f.add(QStringLiteral("AnalogGauge"));
+        MainToolBars *bars = f.window->toolBars();
+        const QHash<QString, QAction *> actions{{QStringLiteral("design"), bars->designAction},
+                                                {QStringLiteral("play"), bars->playAction},
+                                                {QStringLiteral("stop"), bars->stopAction},
+                                                {QStringLiteral("record"), bars->recordAction}};
+        QStringList expectedWarnings;
+        for (const QString &press : presses.split(QLatin1Char(' '))) {
+            actions.value(press)->trigger();
+            // Play without a file and record without a port are refused with their warnings.
+            if (press == QLatin1String("play"))
+                expectedWarnings.append(QStringLiteral("No File: No playback file selected."));
+            if (press == QLatin1String("record"))
+                expectedWarnings.append(QStringLiteral("Serial: Open a serial port before recording."));
+        }
+        QCOMPARE(int(f.window->mode()), mode);
+        QCOMPARE(f.window->modeLabel()->text(), status);
+        QCOMPARE(bars->stopAction->text(), stopText);
+        QCOMPARE(bars->stopAction->toolTip(), stopText == QLatin1String("Pause") ? QStringLiteral("Pause playback") : stopText);
+        QCOMPARE(bars->playAction->isEnabled(), mode != Ombrix::Play);
+        QCOMPARE(f.window->palette()->isEnabled(), mode == Ombrix::Design);
+        QCOMPARE(f.window->dashboard()->scene()->designMode(), mode == Ombrix::Design);
+        QVERIFY(allItemsEditable(*f.window, mode == Ombrix::Design));
+        QCOMPARE(f.prompts->warningTexts(), expectedWarnings);
+    }
+
+    void paletteDoubleClickAddsOnFreeGridPositions()
+    {
+        WindowFixture f;
+        WidgetPalette *palette = f.window->palette();
+        QCOMPARE(palette->typeNames(), DashboardWidgetFactory::instance().typeNames());
+
+        f.window->designButton();
+        f.window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(f.window.get()));
+        for (int row : {0, 0, 1}) {
+            const QRect rect = palette->visualItemRect(palette->item(row));
+            // A real double click is a press and release followed by the double-click press.
+            QTest::mouseClick(palette->viewport(), Qt::LeftButton, {}, rect.center());
+            QTest::mouseDClick(palette->viewport(), Qt::LeftButton, {}, rect.center());
+        }
+        const QList<DashboardItem *> items = f.window->dashboard()->items();
+        QCOMPARE(items.size(), 3);
+        QVERIFY(allItemsEditable(*f.window, true));
+        for (DashboardItem *item : items) {
+            QCOMPARE(QPointF(std::fmod(item->pos().x(), 10.0), std::fmod(item->pos().y(), 10.0)), QPointF(0, 0));
+            for (DashboardItem *other : items)
+                QVERIFY(other == item || !item->sceneBoundingRect().intersects(other->sceneBoundingRect()));
+        }
+    }
+
+    void layoutRoundTripRestoresEveryItem()
+    {
+        WindowFixture f;
+        DashboardItem *gauge = f.add(QStringLiteral("AnalogGauge"), {QStringLiteral("RPM")});
+        f.widgetOf<AnalogGaugeWidget>(gauge)->setRange(0, 4000);
+        gauge->setPos(40, 30);
+        gauge->setSize(QSizeF(250, 240));
+        gauge->setZValue(5);
+        f.add(QStringLiteral("DigitalDisplay"), {QStringLiteral("TEMP:avg")})->setPos(300, 30);
+        DashboardItem *state = f.add(QStringLiteral("StateIndicator"));
+        f.widgetOf<StateIndicatorWidget>(state)->setGroupId(QStringLiteral("MODE"));
+        state->setZValue(-2);
+        f.add(QStringLiteral("ErrorConsole"));
+        f.window->setGeometry(60, 70, 900, 600);
+        f.window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(f.window.get()));
+
+        const QString path = f.project + QStringLiteral("/layouts/bench.json");
+        QVERIFY(f.window->saveLayoutTo(path));
+        const QByteArray bytes = WindowFixture::readFile(path);
+        QVERIFY(bytes.contains("\n    \"items\"")); // indented
+        const QJsonArray items = QJsonDocument::fromJson(bytes).object().value(QStringLiteral("items")).toArray();
+        QCOMPARE(items.size(), 4);
+        for (qsizetype i = 1; i < items.size(); ++i) // scene order: topmost first
+            QVERIFY(items.at(i - 1)[QLatin1String("z")].toDouble() >= items.at(i)[QLatin1String("z")].toDouble());
+
+        WindowFixture fresh;
+        fresh.window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(fresh.window.get()));
+        // The item the layout replaces is taken off the dashboard, not destroyed.
+        QPointer<DashboardWidget> replaced = fresh.add(QStringLiteral("MessagesConsole"))->dashboardWidget();
+        QVERIFY(fresh.window->loadLayoutFrom(path));
+        QCOMPARE(records(*fresh.window), records(*f.window));
+        QTRY_COMPARE(fresh.window->geometry(), f.window->geometry());
+        QVERIFY(allItemsEditable(*fresh.window, false));
+        QVERIFY(fresh.prompts->warnings.isEmpty());
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(replaced);
+
+        // Loaded in Design every item is editable.
+        fresh.window->designButton();
+        QVERIFY(fresh.window->loadLayoutFrom(path));
+        QVERIFY(allItemsEditable(*fresh.window, true));
+    }
+
+    void layoutWarnings_data()
+    {
+        QTest::addColumn<QString>("operation");
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QString>("warning");
+        QTest::newRow("load missing") << "load" << QByteArray() << "Error: Could not load layout.";
+        QTest::newRow("load array") << "load" << QByteArray("[1, 2]") << "Error: Invalid layout format.";
+        QTest::newRow("save unwritable") << "save" << QByteArray() << "Error: Could not save layout.";
+    }
+
+    void layoutWarnings()
+    {
+        QFETCH(QString, operation);
+        QFETCH(QByteArray, content);
+        QFETCH(QString, warning);
+
+        WindowFixture f;
+        f.add(QStringLiteral("AnalogGauge"));
+        const QString path = f.project + QStringLiteral("/layouts/broken.json");
+        if (!content.isEmpty())
+            QVERIFY(WindowFixture::writeFile(path, content));
+        if (operation == QLatin1String("save"))
+            QVERIFY(!f.window->saveLayoutTo(f.project + QStringLiteral("/missing/folder/layout.json")));
+        else
+            QVERIFY(!f.window->loadLayoutFrom(path));
+        QCOMPARE(f.prompts->warningTexts(), QStringList{warning});
+        QCOMPARE(f.window->dashboard()->items().size(), 1);
+    }
+
+    void layoutDialogRouteAndEmptyLayout()
+    {
+        WindowFixture f;
+        f.add(QStringLiteral("AnalogGauge"));
+        const QString path = f.project + QStringLiteral("/layouts/empty.json");
+        QVERIFY(WindowFixture::writeFile(path, "{}"));
+
+        // The dialog's answer is loaded; a layout without "items" empties the dashboard.
+        f.prompts->fileAnswers = {path};
+        f.window->loadButton();
+        QCOMPARE(f.prompts->captions, QStringList{QStringLiteral("Load Layout")});
+        QVERIFY(f.window->dashboard()->items().isEmpty());
+
+        // A cancelled dialog changes nothing and says nothing.
+        f.add(QStringLiteral("AnalogGauge"));
+        f.window->loadButton();
+        f.window->saveButton();
+        QCOMPARE(f.window->dashboard()->items().size(), 1);
+        QVERIFY(f.prompts->warnings.isEmpty());
+    }
+
+    void portFailureAndLossLeaveWindowUsable()
+    {
+        WindowFixture f;
+        auto *gauge = f.widgetOf<AnalogGaugeWidget>(f.add(QStringLiteral("AnalogGauge"), {QStringLiteral("TEMP")}));
+        QToolButton *button = f.window->toolBars()->connectButton;
+        QVERIFY(!f.window->connectPort(f.root.filePath(QStringLiteral("no-such-tty")), 9600));
+        QCOMPARE(button->text(), QStringLiteral("Connect"));
+        QVERIFY(f.window->statusBar()->currentMessage().startsWith(QLatin1String("Serial port error")));
+        QVERIFY(f.window->statusBar()->currentMessage().contains(QLatin1String("no-such-tty")));
+
+        auto lost = std::make_unique<PtyPair>();
+        QVERIFY(f.window->connectPort(lost->slavePath(), 115200));
+        lost->close();
+        QTRY_COMPARE(button->text(), QStringLiteral("Connect"));
+        QVERIFY(!f.window->serialManager()->isOpen());
+        QVERIFY(f.window->statusBar()->currentMessage().contains(QLatin1String("lost")));
+
+        // A new device on another port works as before.
+        PtyPair again;
+        QVERIFY(f.window->connectPort(again.slavePath(), 115200));
+        QVERIFY(again.write("TEMP=12\n"));
+        QTRY_COMPARE(gauge->value(), 12.0);
+    }
+
+    void typedPortPathSurvivesPortRefresh()
+    {
+        WindowFixture f;
+        QComboBox *box = f.window->toolBars()->portBox;
+        box->setEditText(QStringLiteral("/dev/my-bench-link"));
+        Q_EMIT f.window->serialManager()->portsChanged({QStringLiteral("ttyS0"), QStringLiteral("ttyUSB0")});
+        QCOMPARE(box->count(), 2);
+        QCOMPARE(box->currentText(), QStringLiteral("/dev/my-bench-link"));
+
+        // Opening the list looks again, so a device plugged in after the start shows up.
+        QSignalSpy refreshed(f.window->serialManager(), &SerialManager::portsChanged);
+        QTest::mousePress(box, Qt::LeftButton, {}, QPoint(box->width() - 4, box->height() / 2));
+        box->hidePopup();
+        QCOMPARE(refreshed.size(), 1);
+        QCOMPARE(box->currentText(), QStringLiteral("/dev/my-bench-link"));
+    }
+
 };
-
-void tst_MainWindow::cleanup()
-{
-    QTRY_VERIFY(QApplication::topLevelWidgets().isEmpty());
-}
-
-void tst_MainWindow::liveDataReachesItsWidgets()
-{
-    PtyPair pty;
-    QVERIFY(pty.isValid());
-    WindowFixture f;
-    auto *gauge = f.widgetOf<AnalogGaugeWidget>(f.add(QStringLiteral("AnalogGauge"), {QStringLiteral("RPM")}));
-    auto *display = f.widgetOf<DigitalDisplayWidget>(f.add(QStringLiteral("DigitalDisplay"), {QStringLiteral("RPM:avg")}));
-    auto *other = f.widgetOf<AnalogGaugeWidget>(f.add(QStringLiteral("AnalogGauge"), {QStringLiteral("TEMP")}));
-    auto *indicator = f.widgetOf<StateIndicatorWidget>(f.add(QStringLiteral("StateIndicator")));
-    auto *errors = f.widgetOf<ErrorConsoleWidget>(f.add(QStringLiteral("ErrorConsole")));
-    auto *messages = f.widgetOf<MessagesConsoleWidget>(f.add(QStringLiteral("MessagesConsole")));
-    gauge->setRange(0, 1000);
-    indicator->setGroupId(QStringLiteral("MODE"));
-
-    QVERIFY(f.window->connectPort(pty.slavePath(), 115200));
-    QCOMPARE(f.window->toolBars()->connectButton->text(), QStringLiteral("Disconnect"));
-    QVERIFY(pty.write("RPM=100\n"));
-    // RPM maps as raw * 0.5 + 10; the display is bound as "name:suffix".
-    QTRY_COMPARE(gauge->value(), 60.0);
-    QTRY_VERIFY2(display->valueText().startsWith(QLatin1String("60")), qPrintable(display->valueText()));
-    QCOMPARE(other->value(), 0.0);
-    QCOMPARE(f.window->latestValues().value(QStringLiteral("RPM")), 100.0);
-
-    QVERIFY(pty.write("1.5 RPM=300 TEMP=42\n2.0 ST_MODE=RUN ERR=E_HOT hello there\n"));
-    QTRY_COMPARE(messages->lines().size(), 1);
-    QCOMPARE(gauge->value(), 160.0);
-    QCOMPARE(other->value(), 42.0);
-    QCOMPARE(indicator->stateLabel(), QStringLiteral("Running"));
-    QVERIFY(errors->lines().at(0).endsWith(QLatin1String("E_HOT : Overheated")));
-    QVERIFY(messages->lines().at(0).endsWith(QLatin1String("hello there")));
-
-    // Rebound in design mode, as the configuration dialog does it, a widget
-    // follows its new signal while the device streams on.
-    f.window->designButton();
-    other->setSignalNames({QStringLiteral("RPM")});
-    QTRY_VERIFY((pty.write("RPM=100\n"), other->value() == 60.0));
-
-    QTest::mouseClick(f.window->toolBars()->connectButton, Qt::LeftButton);
-    QCOMPARE(f.window->toolBars()->connectButton->text(), QStringLiteral("Connect"));
-    QVERIFY(!f.window->serialManager()->isOpen());
-}
-
-void tst_MainWindow::modeTransitions_data()
-{
-    QTest::addColumn<QString>("presses");
-    QTest::addColumn<int>("mode");
-    QTest::addColumn<QString>("status");
-    QTest::addColumn<QString>("stopText");
-    const int design = Ombrix::Design, play = Ombrix::Play, pause = Ombrix::Pause, idle = Ombrix::Idle;
-    QTest::newRow("design") << "design" << design << "Design Mode" << "Stop";
-    QTest::newRow("design twice") << "design design" << idle << "Idle" << "Stop";
-    QTest::newRow("play") << "play" << play << "Playing..." << "Pause";
-    QTest::newRow("stop in play pauses") << "play stop" << pause << "Pause..." << "Stop";
-    QTest::newRow("stop in pause") << "play stop stop" << idle << "Idle" << "Stop";
-    QTest::newRow("play after pause") << "play stop play" << play << "Playing..." << "Pause";
-    QTest::newRow("stop in design") << "design stop" << idle << "Idle" << "Stop";
-    QTest::newRow("design from play") << "play design" << design << "Design Mode" << "Stop";
-    QTest::newRow("record without port") << "record" << idle << "Idle" << "Stop";
-    QTest::newRow("record without port in design") << "design record" << design << "Design Mode" << "Stop";
-}
-
-void tst_MainWindow::modeTransitions()
-{
-    QFETCH(QString, presses);
-    QFETCH(int, mode);
-    QFETCH(QString, status);
-    QFETCH(QString, stopText);
-
-    WindowFixture f;
-    f.add(QStringLiteral("AnalogGauge"));
-    MainToolBars *bars = f.window->toolBars();
-    const QHash<QString, QAction *> actions{{QStringLiteral("design"), bars->designAction},
-                                            {QStringLiteral("play"), bars->playAction},
-                                            {QStringLiteral("stop"), bars->stopAction},
-                                            {QStringLiteral("record"), bars->recordAction}};
-    QStringList expectedWarnings;
-    for (const QString &press : presses.split(QLatin1Char(' '))) {
-        actions.value(press)->trigger();
-        // Play without a file and record without a port are refused with their warnings.
-        if (press == QLatin1String("play"))
-            expectedWarnings.append(QStringLiteral("No File: No playback file selected."));
-        if (press == QLatin1String("record"))
-            expectedWarnings.append(QStringLiteral("Serial: Open a serial port before recording."));
-    }
-    QCOMPARE(int(f.window->mode()), mode);
-    QCOMPARE(f.window->modeLabel()->text(), status);
-    QCOMPARE(bars->stopAction->text(), stopText);
-    QCOMPARE(bars->stopAction->toolTip(), stopText == QLatin1String("Pause") ? QStringLiteral("Pause playback") : stopText);
-    QCOMPARE(bars->playAction->isEnabled(), mode != Ombrix::Play);
-    QCOMPARE(f.window->palette()->isEnabled(), mode == Ombrix::Design);
-    QCOMPARE(f.window->dashboard()->scene()->designMode(), mode == Ombrix::Design);
-    QVERIFY(allItemsEditable(*f.window, mode == Ombrix::Design));
-    QCOMPARE(f.prompts->warningTexts(), expectedWarnings);
-}
-
-void tst_MainWindow::paletteDoubleClickAddsOnFreeGridPositions()
-{
-    WindowFixture f;
-    WidgetPalette *palette = f.window->palette();
-    QCOMPARE(palette->typeNames(), DashboardWidgetFactory::instance().typeNames());
-
-    f.window->designButton();
-    f.window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(f.window.get()));
-    for (int row : {0, 0, 1}) {
-        const QRect rect = palette->visualItemRect(palette->item(row));
-        // A real double click is a press and release followed by the double-click press.
-        QTest::mouseClick(palette->viewport(), Qt::LeftButton, {}, rect.center());
-        QTest::mouseDClick(palette->viewport(), Qt::LeftButton, {}, rect.center());
-    }
-    const QList<DashboardItem *> items = f.window->dashboard()->items();
-    QCOMPARE(items.size(), 3);
-    QVERIFY(allItemsEditable(*f.window, true));
-    for (DashboardItem *item : items) {
-        QCOMPARE(std::fmod(item->pos().x(), 10.0), 0.0);
-        QCOMPARE(std::fmod(item->pos().y(), 10.0), 0.0);
-        for (DashboardItem *other : items)
-            QVERIFY(other == item || !item->sceneBoundingRect().intersects(other->sceneBoundingRect()));
-    }
-}
-
-void tst_MainWindow::layoutRoundTripRestoresEveryItem()
-{
-    WindowFixture f;
-    DashboardItem *gauge = f.add(QStringLiteral("AnalogGauge"), {QStringLiteral("RPM")});
-    f.widgetOf<AnalogGaugeWidget>(gauge)->setRange(0, 4000);
-    gauge->setPos(40, 30);
-    gauge->setSize(QSizeF(250, 240));
-    gauge->setZValue(5);
-    f.add(QStringLiteral("DigitalDisplay"), {QStringLiteral("TEMP:avg")})->setPos(300, 30);
-    DashboardItem *state = f.add(QStringLiteral("StateIndicator"));
-    f.widgetOf<StateIndicatorWidget>(state)->setGroupId(QStringLiteral("MODE"));
-    state->setZValue(-2);
-    f.add(QStringLiteral("ErrorConsole"));
-    f.window->setGeometry(60, 70, 900, 600);
-    f.window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(f.window.get()));
-
-    const QString path = f.project + QStringLiteral("/layouts/bench.json");
-    QVERIFY(f.window->saveLayoutTo(path));
-    const QByteArray bytes = WindowFixture::readFile(path);
-    QVERIFY(bytes.contains("\n    \"items\"")); // indented
-    const QJsonArray items = QJsonDocument::fromJson(bytes).object().value(QStringLiteral("items")).toArray();
-    QCOMPARE(items.size(), 4);
-    for (qsizetype i = 1; i < items.size(); ++i) // scene order: topmost first
-        QVERIFY(items.at(i - 1)[QLatin1String("z")].toDouble() >= items.at(i)[QLatin1String("z")].toDouble());
-
-    WindowFixture fresh;
-    fresh.window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(fresh.window.get()));
-    // The item the layout replaces is taken off the dashboard, not destroyed.
-    QPointer<DashboardWidget> replaced = fresh.add(QStringLiteral("MessagesConsole"))->dashboardWidget();
-    QVERIFY(fresh.window->loadLayoutFrom(path));
-    QCOMPARE(records(*fresh.window), records(*f.window));
-    QTRY_COMPARE(fresh.window->geometry(), f.window->geometry());
-    QVERIFY(allItemsEditable(*fresh.window, false));
-    QVERIFY(fresh.prompts->warnings.isEmpty());
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QVERIFY(replaced);
-
-    // Loaded in Design every item is editable.
-    fresh.window->designButton();
-    QVERIFY(fresh.window->loadLayoutFrom(path));
-    QVERIFY(allItemsEditable(*fresh.window, true));
-}
-
-void tst_MainWindow::layoutWarnings_data()
-{
-    QTest::addColumn<QString>("operation");
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<QString>("warning");
-    QTest::newRow("load missing") << "load" << QByteArray() << "Error: Could not load layout.";
-    QTest::newRow("load array") << "load" << QByteArray("[1, 2]") << "Error: Invalid layout format.";
-    QTest::newRow("save unwritable") << "save" << QByteArray() << "Error: Could not save layout.";
-}
-
-void tst_MainWindow::layoutWarnings()
-{
-    QFETCH(QString, operation);
-    QFETCH(QByteArray, content);
-    QFETCH(QString, warning);
-
-    WindowFixture f;
-    f.add(QStringLiteral("AnalogGauge"));
-    const QString path = f.project + QStringLiteral("/layouts/broken.json");
-    if (!content.isEmpty())
-        QVERIFY(WindowFixture::writeFile(path, content));
-    if (operation == QLatin1String("save"))
-        QVERIFY(!f.window->saveLayoutTo(f.project + QStringLiteral("/missing/folder/layout.json")));
-    else
-        QVERIFY(!f.window->loadLayoutFrom(path));
-    QCOMPARE(f.prompts->warningTexts(), QStringList{warning});
-    QCOMPARE(f.window->dashboard()->items().size(), 1);
-}
-
-void tst_MainWindow::layoutDialogRouteAndEmptyLayout()
-{
-    WindowFixture f;
-    f.add(QStringLiteral("AnalogGauge"));
-    const QString path = f.project + QStringLiteral("/layouts/empty.json");
-    QVERIFY(WindowFixture::writeFile(path, "{}"));
-
-    // The dialog's answer is loaded; a layout without "items" empties the dashboard.
-    f.prompts->fileAnswers = {path};
-    f.window->loadButton();
-    QCOMPARE(f.prompts->captions, QStringList{QStringLiteral("Load Layout")});
-    QVERIFY(f.window->dashboard()->items().isEmpty());
-
-    // A cancelled dialog changes nothing and says nothing.
-    f.add(QStringLiteral("AnalogGauge"));
-    f.window->loadButton();
-    f.window->saveButton();
-    QCOMPARE(f.window->dashboard()->items().size(), 1);
-    QVERIFY(f.prompts->warnings.isEmpty());
-}
-
-void tst_MainWindow::portFailureAndLossLeaveWindowUsable()
-{
-    WindowFixture f;
-    auto *gauge = f.widgetOf<AnalogGaugeWidget>(f.add(QStringLiteral("AnalogGauge"), {QStringLiteral("TEMP")}));
-    QToolButton *button = f.window->toolBars()->connectButton;
-    QVERIFY(!f.window->connectPort(f.root.filePath(QStringLiteral("no-such-tty")), 9600));
-    QCOMPARE(button->text(), QStringLiteral("Connect"));
-    QVERIFY(f.window->statusBar()->currentMessage().startsWith(QLatin1String("Serial port error")));
-    QVERIFY(f.window->statusBar()->currentMessage().contains(QLatin1String("no-such-tty")));
-
-    auto lost = std::make_unique<PtyPair>();
-    QVERIFY(f.window->connectPort(lost->slavePath(), 115200));
-    lost->close();
-    QTRY_COMPARE(button->text(), QStringLiteral("Connect"));
-    QVERIFY(!f.window->serialManager()->isOpen());
-    QVERIFY(f.window->statusBar()->currentMessage().contains(QLatin1String("lost")));
-
-    // A new device on another port works as before.
-    PtyPair again;
-    QVERIFY(f.window->connectPort(again.slavePath(), 115200));
-    QVERIFY(again.write("TEMP=12\n"));
-    QTRY_COMPARE(gauge->value(), 12.0);
-}
-
-void tst_MainWindow::typedPortPathSurvivesPortRefresh()
-{
-    WindowFixture f;
-    QComboBox *box = f.window->toolBars()->portBox;
-    box->setEditText(QStringLiteral("/dev/my-bench-link"));
-    Q_EMIT f.window->serialManager()->portsChanged({QStringLiteral("ttyS0"), QStringLiteral("ttyUSB0")});
-    QCOMPARE(box->count(), 2);
-    QCOMPARE(box->currentText(), QStringLiteral("/dev/my-bench-link"));
-
-    // Opening the list looks again, so a device plugged in after the start shows up.
-    QSignalSpy refreshed(f.window->serialManager(), &SerialManager::portsChanged);
-    QTest::mousePress(box, Qt::LeftButton, {}, QPoint(box->width() - 4, box->height() / 2));
-    box->hidePopup();
-    QCOMPARE(refreshed.size(), 1);
-    QCOMPARE(box->currentText(), QStringLiteral("/dev/my-bench-link"));
-}
 
 QTEST_MAIN(tst_MainWindow)
 #include "tst_mainwindow.moc"
