@@ -4,15 +4,6 @@
 
 using Lines = QList<QByteArray>;
 
-class TestLineFramer : public QObject
-{
-    Q_OBJECT
-
-private Q_SLOTS:
-    void framing_data();
-    void framing();
-};
-
 static Lines takeAll(LineFramer &framer)
 {
     Lines lines;
@@ -22,48 +13,54 @@ static Lines takeAll(LineFramer &framer)
     return lines;
 }
 
-// Whole lines, split lines and CR LF over a real port are the serial
-// manager's tests; these are the framer's own edge cases.
-void TestLineFramer::framing_data()
+class TestLineFramer : public QObject
 {
-    QTest::addColumn<Lines>("chunks");
-    QTest::addColumn<Lines>("lines");
-    QTest::addColumn<QByteArray>("tail");
+    Q_OBJECT
 
-    QTest::newRow("CR LF and LF alike") << Lines{"A=1\r\nB=2\n"} << Lines{"A=1", "B=2"} << QByteArray();
-    QTest::newRow("CR LF split between chunks") << Lines{"A=1\r", "\nB"} << Lines{"A=1"} << QByteArray("B");
-    QTest::newRow("several trailing CRs") << Lines{"A=1\r\r\r\n"} << Lines{"A=1"} << QByteArray();
-    QTest::newRow("inner CR kept") << Lines{"A=1\rB=2\n"} << Lines{"A=1\rB=2"} << QByteArray();
-    QTest::newRow("lone CR is no line end") << Lines{"A=1\r"} << Lines{} << QByteArray("A=1\r");
-    QTest::newRow("empty lines") << Lines{"\n\r\n\n"} << Lines{"", "", ""} << QByteArray();
-    QTest::newRow("NUL bytes") << Lines{QByteArray("A\0B\n", 4)} << Lines{QByteArray("A\0B", 3)} << QByteArray();
-    QTest::newRow("one byte at a time") << Lines{"A", "=", "1", "\r", "\n", "x"} << Lines{"A=1"} << QByteArray("x");
-    // Between ordinary lines, arriving 7 bytes at a time.
-    const QByteArray stream = "A=1\n" + QByteArray(1 << 20, 'y') + "\nB=2\nC";
-    Lines pieces;
-    for (qsizetype i = 0; i < stream.size(); i += 7)
-        pieces.append(stream.sliced(i, qMin<qsizetype>(7, stream.size() - i)));
-    QTest::newRow("megabyte line in tiny pieces") << pieces << Lines{"A=1", QByteArray(1 << 20, 'y'), "B=2"}
-                                                  << QByteArray("C");
-}
+private Q_SLOTS:
+    // Whole lines, split lines and CR LF over a real port are the serial
+    // manager's tests; these are the framer's own edge cases.
+    void framing_data()
+    {
+        QTest::addColumn<Lines>("chunks");
+        QTest::addColumn<Lines>("lines");
+        QTest::addColumn<QByteArray>("tail");
 
-void TestLineFramer::framing()
-{
-    QFETCH(Lines, chunks);
-    QFETCH(Lines, lines);
-    QFETCH(QByteArray, tail);
-
-    LineFramer framer;
-    Lines taken;
-    for (const QByteArray &chunk : chunks) {
-        framer.append(chunk);
-        taken += takeAll(framer);
+        QTest::newRow("CR LF and LF alike") << Lines{"A=1\r\nB=2\n"} << Lines{"A=1", "B=2"} << QByteArray();
+        QTest::newRow("CR LF split between chunks") << Lines{"A=1\r", "\nB"} << Lines{"A=1"} << QByteArray("B");
+        QTest::newRow("several trailing CRs") << Lines{"A=1\r\r\r\n"} << Lines{"A=1"} << QByteArray();
+        QTest::newRow("inner CR kept") << Lines{"A=1\rB=2\n"} << Lines{"A=1\rB=2"} << QByteArray();
+        QTest::newRow("lone CR is no line end") << Lines{"A=1\r"} << Lines{} << QByteArray("A=1\r");
+        QTest::newRow("empty lines") << Lines{"\n\r\n\n"} << Lines{"", "", ""} << QByteArray();
+        QTest::newRow("NUL bytes") << Lines{QByteArray("A\0B\n", 4)} << Lines{QByteArray("A\0B", 3)} << QByteArray();
+        QTest::newRow("one byte at a time") << Lines{"A", "=", "1", "\r", "\n", "x"} << Lines{"A=1"} << QByteArray("x");
+        // Between ordinary lines, arriving 7 bytes at a time.
+        const QByteArray stream = "A=1\n" + QByteArray(1 << 20, 'y') + "\nB=2\nC";
+        Lines pieces;
+        for (qsizetype i = 0; i < stream.size(); i += 7)
+            pieces.append(stream.sliced(i, qMin<qsizetype>(7, stream.size() - i)));
+        QTest::newRow("megabyte line in tiny pieces") << pieces << Lines{"A=1", QByteArray(1 << 20, 'y'), "B=2"}
+                                                      << QByteArray("C");
     }
-    QCOMPARE(taken, lines);
-    QCOMPARE(framer.pendingSize(), tail.size());
-    framer.append("\n");
-    QCOMPARE(takeAll(framer), Lines{tail.replace('\r', QByteArray())});
-}
+
+    void framing()
+    {
+        QFETCH(Lines, chunks);
+        QFETCH(Lines, lines);
+        QFETCH(QByteArray, tail);
+
+        LineFramer framer;
+        Lines taken;
+        for (const QByteArray &chunk : chunks) {
+            framer.append(chunk);
+            taken += takeAll(framer);
+        }
+        QCOMPARE(taken, lines);
+        QCOMPARE(framer.pendingSize(), tail.size());
+        framer.append("\n");
+        QCOMPARE(takeAll(framer), Lines{tail.replace('\r', QByteArray())});
+    }
+};
 
 QTEST_GUILESS_MAIN(TestLineFramer)
 #include "tst_lineframer.moc"

@@ -1,6 +1,6 @@
 #include "SignalPlaybackEngine.h"
+#include "TestFiles.h"
 
-#include <QFile>
 #include <QSlider>
 #include <QTemporaryDir>
 #include <QTest>
@@ -86,10 +86,8 @@ private Q_SLOTS:
 private:
     void load(const QByteArray &content, const QString &name = QStringLiteral("r.rec"))
     {
-        QFile file(m_dir->filePath(name));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
-        file.close();
-        QVERIFY(m_engine->load(file.fileName()));
+        QVERIFY(writeFile(m_dir->filePath(name), content));
+        QVERIFY(m_engine->load(m_dir->filePath(name)));
     }
 
     void advance(qint64 ms, int ticks = 1)
