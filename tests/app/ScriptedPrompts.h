@@ -37,18 +37,9 @@ public:
     int introShown = 0;
 
     void warning(QWidget *, const QString &title, const QString &text) override { warnings.append({title, text}); }
-    void information(QWidget *, const QString &title, const QString &text) override
-    {
-        informations.append({title, text});
-    }
-    QString openFileName(QWidget *, const QString &caption, const QString &, const QString &) override
-    {
-        return answer(caption);
-    }
-    QString saveFileName(QWidget *, const QString &caption, const QString &, const QString &) override
-    {
-        return answer(caption);
-    }
+    void information(QWidget *, const QString &title, const QString &text) override { informations.append({title, text}); }
+    QString openFileName(QWidget *, const QString &caption, const QString &, const QString &) override { return answer(caption); }
+    QString saveFileName(QWidget *, const QString &caption, const QString &, const QString &) override { return answer(caption); }
     QString existingDirectory(QWidget *, const QString &caption, const QString &) override { return answer(caption); }
     bool acceptProjectIntro(QWidget *) override
     {
