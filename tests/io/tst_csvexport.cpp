@@ -200,8 +200,9 @@ void TestCsvExport::failedExportLeavesTargetAlone()
     QString error;
     const QString target = folder + u"/out.csv";
     const Recording::Progress progress = cancelled ? cancel : Recording::Progress();
-    QVERIFY(kind == u"events" ? !EventsCsvExporter::exportTo(target, m_recording, nullptr, progress, &error)
-                              : !SignalsCsvExporter::exportTo(target, m_recording, nullptr, {{"A"}, 0.0, false}, progress, &error));
+    QVERIFY(kind == u"events"
+                ? !EventsCsvExporter::exportTo(target, m_recording, nullptr, progress, &error)
+                : !SignalsCsvExporter::exportTo(target, m_recording, nullptr, {{"A"}, 0, false}, progress, &error));
     QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     QCOMPARE(error, cancelled ? QStringLiteral("Export cancelled.") : QStringLiteral("Could not open file for writing."));
     if (cancelled) {

@@ -77,13 +77,8 @@ private Q_SLOTS:
     {
         QVERIFY(openOnPty());
         QVERIFY(m_pty->write("12.5 RPM=3000 TEMP=71.2 ST_MODE=RUN ERR=E_OVERHEAT hello\n"));
-        const QStringList expected = {
-            "raw 12.5 RPM=3000 TEMP=71.2 ST_MODE=RUN ERR=E_OVERHEAT hello",
-            "state MODE/RUN",
-            "error E_OVERHEAT",
-            "values RPM=3000,TEMP=71.2",
-            "words hello",
-        };
+        const QStringList expected = {"raw 12.5 RPM=3000 TEMP=71.2 ST_MODE=RUN ERR=E_OVERHEAT hello", "state MODE/RUN",
+                                      "error E_OVERHEAT", "values RPM=3000,TEMP=71.2", "words hello"};
         QTRY_COMPARE(m_log->entries, expected);
         QCOMPARE(m_log->times, QList<double>(5, 12.5));
     }
