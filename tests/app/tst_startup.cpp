@@ -258,7 +258,6 @@ private Q_SLOTS:
     void layoutAndPortAreAppliedAfterProject()
     {
         PtyPair pty;
-        QVERIFY(pty.isValid());
         const QString project = makeProject(QStringLiteral("project"));
         Prompted w;
         parse({QStringLiteral("-p"), project, QStringLiteral("--layout"),
