@@ -28,8 +28,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, line);
         QFETCH(QString, parsed);
-        ParsedLine copied;
-        ParsedLine viewed;
+        ParsedLine copied, viewed;
         QVERIFY(LineParser::parse(line, 7.25, copied));
         QVERIFY(LineParser::parse(QStringView(line), 7.25, viewed));
         QCOMPARE(describe(copied), parsed);
@@ -101,8 +100,7 @@ void TestLineParser::reusedResultMatchesAFreshOne()
 {
     QFETCH(QStringList, lines);
     ParsedLine reused;
-    QList<QMap<QString, double>> kept;
-    QList<QMap<QString, double>> expected;
+    QList<QMap<QString, double>> kept, expected;
     for (const QString &line : lines) {
         ParsedLine fresh;
         QVERIFY(LineParser::parse(line, 3.0, fresh));
