@@ -134,20 +134,18 @@ void TestCliExport::exportsEqualTheWindowExporters_data()
     QTest::addColumn<QStringList>("args");
     QTest::addColumn<QStringList>("names"); // empty: the events export
     QTest::addColumn<double>("rate");
-    QTest::addColumn<bool>("mapped");
-    QTest::addColumn<bool>("otherDefs");
+    QTest::addColumn<bool>("mapped"); // OTHER among the args: other.def replaces the companion
     const QStringList all{"RPM", "TEMP"};
-    QTest::newRow("signals: all, recorded times, raw") << QStringList{"export-signals"} << all << 0.0 << false << false;
+    QTest::newRow("signals: all, recorded times, raw") << QStringList{"export-signals"} << all << 0.0 << false;
     QTest::newRow("signals: chosen order, resampled, mapped")
         << QStringList{"export-signals", "--signals", "TEMP,RPM", "--rate", "8", "--mapped"}
-        << QStringList{"TEMP", "RPM"} << 8.0 << true << false;
+        << QStringList{"TEMP", "RPM"} << 8.0 << true;
     QTest::newRow("signals: short options") << QStringList{"export-signals", "-s", "RPM", "-r", "2.5", "-m"}
-                                            << QStringList{"RPM"} << 2.5 << true << false;
+                                            << QStringList{"RPM"} << 2.5 << true;
     QTest::newRow("signals: --def replaces the companion")
-        << QStringList{"export-signals", "--mapped", "--def", "OTHER"} << all << 0.0 << true << true;
-    QTest::newRow("events: companion texts") << QStringList{"export-events"} << QStringList() << 0.0 << false << false;
-    QTest::newRow("events: --def texts") << QStringList{"export-events", "-d", "OTHER"} << QStringList() << 0.0
-                                         << false << true;
+        << QStringList{"export-signals", "--mapped", "--def", "OTHER"} << all << 0.0 << true;
+    QTest::newRow("events: companion texts") << QStringList{"export-events"} << QStringList() << 0.0 << false;
+    QTest::newRow("events: --def texts") << QStringList{"export-events", "-d", "OTHER"} << QStringList() << 0.0 << false;
 }
 
 // Byte for byte what the window writes, through the same exporter classes.
@@ -157,13 +155,12 @@ void TestCliExport::exportsEqualTheWindowExporters()
     QFETCH(QStringList, names);
     QFETCH(double, rate);
     QFETCH(bool, mapped);
-    QFETCH(bool, otherDefs);
     const QString viaCli = m_dir.filePath(QStringLiteral("cli.csv"));
     const CliRun run = CliRun::run(withPaths(args) + QStringList{m_rec, "-o", viaCli});
     QCOMPARE(run.exitCode, 0);
     QVERIFY2(!run.err.contains("ombrix-cli"), run.err.constData()); // a progress line is fine
 
-    const SignalDefinitions defs(otherDefs ? m_otherDefs : Recording::companionPathFor(m_rec));
+    const SignalDefinitions defs(args.contains(u"OTHER") ? m_otherDefs : Recording::companionPathFor(m_rec));
     const QString direct = m_dir.filePath(QStringLiteral("direct.csv"));
     QVERIFY(names.isEmpty() ? EventsCsvExporter::exportTo(direct, m_recording, &defs)
                             : SignalsCsvExporter::exportTo(direct, m_recording, &defs, {names, rate, mapped}));
