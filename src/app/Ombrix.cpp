@@ -117,10 +117,10 @@ void Ombrix::connectPlayback()
 
     connect(engine, &SignalPlaybackEngine::signalValuesUpdatedAt, this, &Ombrix::onPlaybackValuesAt);
     connect(engine, &SignalPlaybackEngine::signalValuesUpdated, this, [this](const QMap<QString, double> &values) {
-        // While playing every frame also arrives time-stamped; this one only
-        // matters after a seek, to show the values in force at the position.
+        // A running tick also sends every frame time-stamped; this one only
+        // matters from a seek, to show the values in force at the position.
         SignalPlaybackEngine *engine = m_playback->engine();
-        if (!engine->isPlaying())
+        if (engine->isSeeking())
             onPlaybackValuesAt(engine->frames().timeAt(qMax(0, engine->index() - 1)), values);
     });
     connect(engine, &SignalPlaybackEngine::stateEvent, this,

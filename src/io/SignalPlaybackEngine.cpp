@@ -2,6 +2,7 @@
 
 #include <QDebug>
 #include <QFileInfo>
+#include <QScopedValueRollback>
 #include <QSlider>
 #include <QTimer>
 
@@ -213,6 +214,7 @@ void SignalPlaybackEngine::seek(double tSec)
 {
     if (std::isnan(tSec))
         return;
+    const QScopedValueRollback<bool> seeking(m_seeking, true);
     m_index = m_frames.indexAtOrAfter(tSec);
     if (!isPlaying())
         emitPreviewHistory(tSec);

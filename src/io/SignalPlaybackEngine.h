@@ -62,6 +62,9 @@ public:
     /// Index of the next frame to emit.
     int index() const { return m_index; }
     bool isPlaying() const;
+    // True while seek() re-announces the position, so that listeners can
+    // tell its values in force from the frames a running tick emits.
+    bool isSeeking() const { return m_seeking; }
 
     /// Clamped to 0.01 .. 100.
     void setPlaybackRate(double rate);
@@ -121,6 +124,7 @@ private:
     QPointer<QSlider> m_slider;
     int m_sliderSteps = 0;
     int m_index = 0;
+    bool m_seeking = false;
     double m_currentTime = 0.0;
     double m_maxTimestamp = 0.0;
     double m_playbackRate = 1.0;
