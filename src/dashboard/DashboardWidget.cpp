@@ -47,11 +47,13 @@ QStringList DashboardWidget::signalNames() const
 void DashboardWidget::setSignalName(const QString &name)
 {
     m_signals = QStringList{name};
+    Q_EMIT signalNamesChanged();
 }
 
 void DashboardWidget::setSignalNames(const QStringList &names)
 {
     m_signals = names;
+    Q_EMIT signalNamesChanged();
 }
 
 void DashboardWidget::loadConfig(const QJsonObject &config)
@@ -65,6 +67,7 @@ void DashboardWidget::loadConfig(const QJsonObject &config)
             names.append(element.toString());
     }
     m_signals = names;
+    Q_EMIT signalNamesChanged();
 }
 
 QJsonObject DashboardWidget::saveConfig() const
@@ -82,4 +85,9 @@ void DashboardWidget::buildConfigForm(QFormLayout *form, QWidget *parent)
 
 void DashboardWidget::applyConfigForm()
 {
+}
+
+void DashboardWidget::markDirty()
+{
+    update();
 }

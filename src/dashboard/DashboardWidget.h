@@ -12,6 +12,10 @@ QT_END_NAMESPACE
 // Abstract base of everything that can be placed on the dashboard. It owns the
 // list of bound signal names and carries the widget's settings to and from a
 // flat JSON object; it knows nothing of the scene that hosts it.
+//
+// Values arrive at the device's pace and pixels follow the display's: a
+// widget stores what it is given at once and calls markDirty(), and is then
+// painted at most once per display frame.
 class DashboardWidget : public QWidget
 {
     Q_OBJECT
@@ -40,6 +44,15 @@ public:
     virtual void buildConfigForm(QFormLayout *form, QWidget *parent);
     virtual void applyConfigForm();
 
+Q_SIGNALS:
+    // signalNames() may have changed: a new binding, or a configuration the
+    // names are derived from. Routing re-reads the bindings on it; widgets
+    // that compute their names emit it themselves.
+    void signalNamesChanged();
+
 protected:
+    // The widget's state changed: it is repainted with the next display frame.
+    void markDirty();
+
     QStringList m_signals;
 };
