@@ -26,8 +26,11 @@ PlaybackScrubber::PlaybackScrubber(QSlider *slider, SignalPlaybackEngine *engine
     if (!m_slider)
         return;
     m_slider->setRange(0, SliderMaxSteps);
-    if (m_engine)
-        m_engine->bindSlider(m_slider, SliderMaxSteps);
+    if (m_engine) {
+        // The engine announces where it stands; the slider follows.
+        m_engine->setSliderSteps(SliderMaxSteps);
+        connect(m_engine, &SignalPlaybackEngine::sliderPositionChanged, m_slider, &QSlider::setValue);
+    }
     connect(m_slider, &QSlider::sliderPressed, this, &PlaybackScrubber::onPressed);
     connect(m_slider, &QSlider::sliderMoved, this, &PlaybackScrubber::onMoved);
     connect(m_slider, &QSlider::actionTriggered, this, &PlaybackScrubber::onActionTriggered);

@@ -15,8 +15,8 @@ class SignalPlaybackEngine;
 /**
  * The transport slider's behaviour: dragging scrubs through the recording.
  *
- * The constructor sets the slider's range to 0 .. SliderMaxSteps and binds it
- * to the engine, which then moves it while playing. Pressing the slider stops
+ * The constructor sets the slider's range to 0 .. SliderMaxSteps and moves
+ * it wherever the engine announces it stands while playing. Pressing the slider stops
  * the engine and emits scrubStarted() (the window freezes its trend plots);
  * while the slider is held, a 100 ms scrub timer seeks the engine to the
  * pending position and emits positionScrubbed(ms) (the window moves and

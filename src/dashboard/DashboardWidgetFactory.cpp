@@ -1,11 +1,6 @@
 #include "DashboardWidgetFactory.h"
 
-#include "AnalogGaugeWidget.h"
 #include "DashboardWidget.h"
-#include "DigitalDisplayWidget.h"
-#include "ErrorConsoleWidget.h"
-#include "MessagesConsoleWidget.h"
-#include "StateIndicatorWidget.h"
 
 DashboardWidgetFactory &DashboardWidgetFactory::instance()
 {
@@ -36,25 +31,4 @@ QIcon DashboardWidgetFactory::iconFor(const QString &typeName) const
 {
     const auto it = m_entries.find(typeName);
     return it == m_entries.end() ? QIcon(QStringLiteral(":/icons/default.png")) : it->second.icon;
-}
-
-namespace {
-template<typename W>
-DashboardWidget *make()
-{
-    return new W;
-}
-} // namespace
-
-void DashboardWidgetFactory::registerBuiltInTypes()
-{
-    // The icons are compiled into the static core library, whose resource
-    // object the linker drops unless something references it.
-    Q_INIT_RESOURCE(resources);
-    // Rows in palette order; each widget type adds its row here as it lands.
-    registerType(QStringLiteral("AnalogGauge"), make<AnalogGaugeWidget>, QIcon(QStringLiteral(":/icons/gauge.png")));
-    registerType(QStringLiteral("DigitalDisplay"), make<DigitalDisplayWidget>, QIcon(QStringLiteral(":/icons/display.png")));
-    registerType(QStringLiteral("StateIndicator"), make<StateIndicatorWidget>, QIcon(QStringLiteral(":/icons/state.png")));
-    registerType(QStringLiteral("ErrorConsole"), make<ErrorConsoleWidget>, QIcon(QStringLiteral(":/icons/error_console.png")));
-    registerType(QStringLiteral("MessagesConsole"), make<MessagesConsoleWidget>, QIcon(QStringLiteral(":/icons/message-console.png")));
 }

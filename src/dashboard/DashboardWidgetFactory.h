@@ -26,6 +26,9 @@ public:
     // Registered names in registration order, for the widget palette.
     QStringList typeNames() const { return m_order; }
 
+    // Registers every widget type the application ships with. Defined by the
+    // widget library (BuiltInWidgetTypes.cpp), so that this registry knows no
+    // concrete widget.
     void registerBuiltInTypes();
 
     DashboardWidgetFactory(const DashboardWidgetFactory &) = delete;

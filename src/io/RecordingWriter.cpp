@@ -1,5 +1,6 @@
 #include "RecordingWriter.h"
 
+#include "FileSync.h"
 #include "LineParser.h"
 #include "Recording.h"
 
@@ -9,11 +10,7 @@
 #include <QFileInfo>
 #include <QTimer>
 
-#include <cerrno>
 #include <cmath>
-#include <cstring>
-
-#include <unistd.h>
 
 namespace {
 // Enough to keep write() calls rare at high line rates, small enough to
@@ -134,9 +131,10 @@ void RecordingWriter::flushToDisk()
     flush();
     // Past the page cache too, so that a power cut loses at most the last second.
     // Write-back errors (I/O error, full disk or quota on a network volume)
-    // surface only here; a volume that cannot sync at all is no failure.
-    if (::fdatasync(m_file->handle()) != 0 && (errno == EIO || errno == ENOSPC || errno == EDQUOT))
-        reportFailure(QString::fromLocal8Bit(std::strerror(errno)));
+    // surface only here.
+    QString error;
+    if (!FileSync::syncData(*m_file, &error))
+        reportFailure(error);
     m_sinceFlush.restart();
 }
 

@@ -3,7 +3,6 @@
 #include <QDebug>
 #include <QFileInfo>
 #include <QScopedValueRollback>
-#include <QSlider>
 #include <QTimer>
 
 #include <algorithm>
@@ -81,9 +80,8 @@ void SignalPlaybackEngine::setKnownGroups(const QStringList &groups)
     m_knownGroups = groups;
 }
 
-void SignalPlaybackEngine::bindSlider(QSlider *slider, int steps)
+void SignalPlaybackEngine::setSliderSteps(int steps)
 {
-    m_slider = slider;
     m_sliderSteps = std::max(0, steps);
 }
 
@@ -148,8 +146,8 @@ void SignalPlaybackEngine::reset()
         restartClock();
         m_lastElapsed = 0;
     }
-    if (m_slider)
-        m_slider->setValue(0);
+    if (m_sliderSteps > 0)
+        Q_EMIT sliderPositionChanged(0);
 }
 
 void SignalPlaybackEngine::tick()
@@ -181,10 +179,10 @@ void SignalPlaybackEngine::tick()
 
 void SignalPlaybackEngine::updateSlider()
 {
-    if (!m_slider)
+    if (m_sliderSteps <= 0)
         return;
     const double position = m_sliderSteps * m_playTime / std::max(m_maxTimestamp, 1e-9);
-    m_slider->setValue(int(std::clamp(position, double(INT_MIN), double(INT_MAX))));
+    Q_EMIT sliderPositionChanged(int(std::clamp(position, double(INT_MIN), double(INT_MAX))));
 }
 
 void SignalPlaybackEngine::emitFrame(int frame)

@@ -6,14 +6,12 @@
 #include <QElapsedTimer>
 #include <QMap>
 #include <QObject>
-#include <QPointer>
 #include <QString>
 #include <QStringList>
 
 #include <functional>
 
 QT_BEGIN_NAMESPACE
-class QSlider;
 class QTimer;
 QT_END_NAMESPACE
 
@@ -75,9 +73,11 @@ public:
     /// Groups whose indicators a seek clears when no frame has set them yet.
     void setKnownGroups(const QStringList &groups);
 
-    /// The engine moves the slider to steps x playTime / duration as time
-    /// advances; the slider is not owned. Null unbinds.
-    void bindSlider(QSlider *slider, int steps);
+    /// The number of steps of the position slider: as time advances the
+    /// engine announces the slider position steps x playTime / duration
+    /// with sliderPositionChanged(). 0 (the default) announces nothing.
+    void setSliderSteps(int steps);
+    int sliderSteps() const { return m_sliderSteps; }
 
     /// Replaces the wall clock that drives the ticks (tests drive time with
     /// it); an empty source restores the wall clock.
@@ -101,6 +101,9 @@ Q_SIGNALS:
     /// Plots are to drop their history; a stopped seek refills them.
     void dataReset();
     void playbackTimeAdvanced(double tSec);
+    /// Where the position slider stands now (after a tick and a reset),
+    /// in 0 .. sliderSteps() and beyond at the end of data.
+    void sliderPositionChanged(int position);
 
 private:
     bool isLoaded(const QString &path) const;
@@ -121,7 +124,6 @@ private:
     QElapsedTimer m_clock;
     double m_playTime = 0.0;
     qint64 m_lastElapsed = 0;
-    QPointer<QSlider> m_slider;
     int m_sliderSteps = 0;
     int m_index = 0;
     bool m_seeking = false;

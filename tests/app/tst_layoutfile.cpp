@@ -1,4 +1,4 @@
-#include "../dashboard/ProbeWidget.h"
+#include "ProbeWidget.h"
 
 #include "Dashboard.h"
 #include "DashboardItem.h"

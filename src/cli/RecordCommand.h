@@ -47,8 +47,6 @@ public:
 
     static constexpr int DeviceLostExitCode = 3;
     static constexpr int DeviceWatchMs = 250;
-    // The device file a port name stands for ("ttyUSB0" is /dev/ttyUSB0).
-    static QString devicePathFor(const QString &portName);
 
 Q_SIGNALS:
     // The recording has been closed; reason says why, for the user.

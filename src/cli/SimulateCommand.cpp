@@ -2,41 +2,18 @@
 
 #include "DeviceSimulator.h"
 #include "LinePacer.h"
+#include "ConsoleIo.h"
 #include "PseudoTerminal.h"
 #include "SignalDefinitions.h"
 
 #include <QCommandLineParser>
 #include <QDir>
+#include <QThread>
 
 #include <algorithm>
-#include <cerrno>
-#include <csignal>
 #include <cstdio>
-#include <unistd.h>
 
 namespace {
-
-volatile std::sig_atomic_t g_stopRequested = 0;
-
-void requestStop(int)
-{
-    g_stopRequested = 1;
-}
-
-// SIGINT/SIGTERM (and a closed terminal's SIGHUP) end the stream cleanly;
-// without SA_RESTART so that a blocked poll or write returns at once. A
-// vanished reader must not kill us either.
-void installSignalHandlers()
-{
-    g_stopRequested = 0;
-    struct sigaction action = {};
-    action.sa_handler = requestStop;
-    sigemptyset(&action.sa_mask);
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
-    sigaction(SIGHUP, &action, nullptr);
-    std::signal(SIGPIPE, SIG_IGN);
-}
 
 constexpr qsizetype FullSpeedLow = 64 * 1024; // at full speed, build more once fewer bytes wait
 constexpr qsizetype MaxPending = 512 * 1024;  // bytes waiting for a slow reader before old lines go
@@ -73,21 +50,6 @@ bool readNumber(const QCommandLineParser &parser, const QCommandLineOption &opti
         return false;
     }
     target = value;
-    return true;
-}
-
-bool writeAll(int fd, const QByteArray &bytes)
-{
-    qsizetype done = 0;
-    while (done < bytes.size()) {
-        const ssize_t n = ::write(fd, bytes.constData() + done, size_t(bytes.size() - done));
-        if (n < 0) {
-            if (errno == EINTR && !g_stopRequested)
-                continue;
-            return false;
-        }
-        done += n;
-    }
     return true;
 }
 
@@ -198,7 +160,7 @@ int SimulateCommand::run(const QStringList &args)
     DeviceSimulator simulator(defs, options->seed);
     simulator.setTimestamps(options->timestamps);
     simulator.setLineInterval(options->rate > 0 ? 1.0 / options->rate : 0.001);
-    installSignalHandlers();
+    ConsoleIo::installStopHandlers();
     return options->toStdout ? streamToStdout(simulator, *options) : streamToPty(simulator, *options);
 }
 
@@ -209,16 +171,16 @@ int SimulateCommand::streamToStdout(DeviceSimulator &simulator, const Options &o
     QByteArray chunk;
     chunk.reserve(1024 * 1024);
     qint64 produced = 0;
-    while (!g_stopRequested && !pacer.finished(produced)) {
+    while (!ConsoleIo::stopRequested() && !pacer.finished(produced)) {
         const qint64 lines = pacer.due(produced);
         if (lines == 0) {
-            ::usleep(useconds_t(pacer.waitMs()) * 1000);
+            QThread::msleep(unsigned(pacer.waitMs()));
             continue;
         }
         chunk.resize(0);
         appendDue(simulator, chunk, lines);
         produced += lines;
-        if (!writeAll(STDOUT_FILENO, chunk))
+        if (!ConsoleIo::writeStdout(chunk))
             break; // the reader closed the pipe
     }
     return 0;
@@ -240,7 +202,7 @@ int SimulateCommand::streamToPty(DeviceSimulator &simulator, const Options &opti
     QByteArray pending;
     qint64 produced = 0;
     bool attached = false;
-    while (!g_stopRequested && !pacer.finished(produced)) {
+    while (!ConsoleIo::stopRequested() && !pacer.finished(produced)) {
         const bool nowAttached = terminal.readerAttached();
         if (nowAttached && !attached)
             terminal.discardStale(); // nothing from before the reader opened the port
@@ -253,7 +215,7 @@ int SimulateCommand::streamToPty(DeviceSimulator &simulator, const Options &opti
         produced += lines;
         if (!attached) {
             pending.clear(); // nobody listens: the device talks into the void
-            ::usleep(20 * 1000);
+            QThread::msleep(20);
             continue;
         }
         if (!fullSpeed)
@@ -263,7 +225,7 @@ int SimulateCommand::streamToPty(DeviceSimulator &simulator, const Options &opti
         if (!pending.isEmpty())
             terminal.waitWritable(20);
         else if (!fullSpeed)
-            ::usleep(useconds_t(pacer.waitMs()) * 1000);
+            QThread::msleep(unsigned(pacer.waitMs()));
     }
     return 0;
 }

@@ -1,6 +1,7 @@
 #include "RecordCommand.h"
 
 #include "CliCommand.h"
+#include "DevicePaths.h"
 #include "RecordingWriter.h"
 #include "SerialManager.h"
 #include "TerminationNotifier.h"
@@ -33,14 +34,6 @@ RecordCommand::RecordCommand(QObject *parent)
     connect(m_writer, &RecordingWriter::writeFailed, this, &RecordCommand::onWriteFailed);
 }
 
-QString RecordCommand::devicePathFor(const QString &portName)
-{
-    if (portName.startsWith(QLatin1Char('/')) || portName.startsWith(QLatin1String("./"))
-        || portName.startsWith(QLatin1String("../")))
-        return portName;
-    return QLatin1String("/dev/") % portName;
-}
-
 QString RecordCommand::filePath() const
 {
     return m_writer->filePath();
@@ -64,7 +57,7 @@ bool RecordCommand::start(const SerialSettings &settings, const QString &project
     connectSerial();
     if (limits.durationMs > 0)
         m_durationTimer->start(std::chrono::milliseconds(limits.durationMs));
-    m_devicePath = devicePathFor(settings.portName);
+    m_devicePath = DevicePaths::systemLocation(settings.portName);
     if (QFileInfo::exists(m_devicePath))
         m_deviceWatch->start();
     return true;

@@ -6,10 +6,11 @@ QT_BEGIN_NAMESPACE
 class QSocketNotifier;
 QT_END_NAMESPACE
 
-// Turns SIGINT, SIGTERM and SIGHUP (unless hang-ups are ignored, as under
-// nohup) into a Qt signal, through a self-pipe watched by a QSocketNotifier,
-// so that a command ends its work cleanly from the event loop instead of
-// dying half-way. Work that runs without an event loop polls requested().
+// Turns a request to end the process into a Qt signal, so that a command ends
+// its work cleanly from the event loop instead of dying half-way. On POSIX
+// systems: SIGINT, SIGTERM and SIGHUP (unless hang-ups are ignored, as under
+// nohup), through a self-pipe watched by a QSocketNotifier; on Windows the
+// console's Ctrl+C, Ctrl+Break and close events. Work that runs without an event loop polls requested().
 // The previous handlers are restored on destruction; at most one notifier
 // should exist at a time.
 class TerminationNotifier : public QObject

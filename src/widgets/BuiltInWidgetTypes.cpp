@@ -1,0 +1,32 @@
+// The widget library's registration of its types with the dashboard's
+// registry: the one place where the concrete widget classes are listed.
+#include "DashboardWidgetFactory.h"
+
+#include "AnalogGaugeWidget.h"
+#include "DigitalDisplayWidget.h"
+#include "ErrorConsoleWidget.h"
+#include "MessagesConsoleWidget.h"
+#include "StateIndicatorWidget.h"
+
+namespace {
+
+template<typename W>
+DashboardWidget *make()
+{
+    return new W;
+}
+
+} // namespace
+
+void DashboardWidgetFactory::registerBuiltInTypes()
+{
+    // The icons are compiled into a static library, whose resource object
+    // the linker drops unless something references it.
+    Q_INIT_RESOURCE(resources);
+    // Rows in palette order.
+    registerType(QStringLiteral("AnalogGauge"), make<AnalogGaugeWidget>, QIcon(QStringLiteral(":/icons/gauge.png")));
+    registerType(QStringLiteral("DigitalDisplay"), make<DigitalDisplayWidget>, QIcon(QStringLiteral(":/icons/display.png")));
+    registerType(QStringLiteral("StateIndicator"), make<StateIndicatorWidget>, QIcon(QStringLiteral(":/icons/state.png")));
+    registerType(QStringLiteral("ErrorConsole"), make<ErrorConsoleWidget>, QIcon(QStringLiteral(":/icons/error_console.png")));
+    registerType(QStringLiteral("MessagesConsole"), make<MessagesConsoleWidget>, QIcon(QStringLiteral(":/icons/message-console.png")));
+}
