@@ -4,21 +4,18 @@
 #include "DashboardWidget.h"
 #include "DashboardWidgetFactory.h"
 #include "DesignScene.h"
+#include "IPlaybackPlot.h"
+#include "WidgetView.h"
 
 #include <QDebug>
 #include <QEvent>
-#include "WidgetView.h"
-
 #include <QGraphicsView>
-#include <QMetaMethod>
 #include <QtMath>
 
 #include <algorithm>
 
 namespace {
 
-const QString kTrendPlot = QStringLiteral("TrendPlot");
-const QString kXYPlot = QStringLiteral("XYPlot");
 constexpr qreal kGrid = 10.0;
 constexpr qreal kGap = 20.0;
 
@@ -71,16 +68,6 @@ QList<DashboardWidget *> Dashboard::widgets() const
     return result;
 }
 
-QList<DashboardWidget *> Dashboard::widgetsOfType(const QString &typeName) const
-{
-    QList<DashboardWidget *> result;
-    for (DashboardWidget *widget : widgets()) {
-        if (widget->typeName() == typeName)
-            result.append(widget);
-    }
-    return result;
-}
-
 void Dashboard::setDesignMode(bool on)
 {
     m_designMode = on;
@@ -125,13 +112,14 @@ QPointF Dashboard::freePosition(const QSizeF &size) const
     }
 }
 
-bool Dashboard::invoke(DashboardWidget *widget, const char *signature, QGenericArgument argument)
+QList<IPlaybackPlot *> Dashboard::plots() const
 {
-    const QMetaObject *meta = widget->metaObject();
-    const int index = meta->indexOfMethod(QMetaObject::normalizedSignature(signature).constData());
-    if (index < 0)
-        return false;
-    return meta->method(index).invoke(widget, Qt::DirectConnection, argument);
+    QList<IPlaybackPlot *> result;
+    for (DashboardWidget *widget : widgets()) {
+        if (auto *plot = dynamic_cast<IPlaybackPlot *>(widget))
+            result.append(plot);
+    }
+    return result;
 }
 
 void Dashboard::clearPlots()
@@ -144,36 +132,31 @@ void Dashboard::clearPlots()
             qDebug() << "No DashboardItem";
             continue;
         }
-        DashboardWidget *widget = dashboardItem->dashboardWidget();
-        if (widget && (widget->typeName() == kTrendPlot || widget->typeName() == kXYPlot)) {
-            if (!invoke(widget, "clearData()"))
-                invoke(widget, "clear()");
-            widget->update();
-        }
+        if (auto *plot = dynamic_cast<IPlaybackPlot *>(dashboardItem->dashboardWidget()))
+            plot->clearData();
     }
 }
 
 void Dashboard::setTrendPlotsTimeDriven(bool on)
 {
-    for (DashboardWidget *widget : widgetsOfType(kTrendPlot))
-        invoke(widget, "setTimeDriven(bool)", Q_ARG(bool, on));
+    for (IPlaybackPlot *plot : plots())
+        plot->setTimeDriven(on);
 }
 
 void Dashboard::moveTrendPlotsTo(qint64 ms)
 {
-    for (DashboardWidget *widget : widgetsOfType(kTrendPlot)) {
-        invoke(widget, "setPlaybackTimeMs(qint64)", Q_ARG(qint64, ms));
-        invoke(widget, "seekTo(qint64)", Q_ARG(qint64, ms));
-        widget->update();
+    for (IPlaybackPlot *plot : plots()) {
+        plot->setPlaybackTimeMs(ms);
+        plot->seekTo(ms);
     }
 }
 
 double Dashboard::largestTrendWindowMs() const
 {
-    double largest = 0.0;
-    for (DashboardWidget *widget : widgetsOfType(kTrendPlot))
-        largest = qMax(largest, widget->saveConfig().value(QStringLiteral("timeWindowMs")).toDouble());
-    return largest;
+    qint64 largest = 0;
+    for (IPlaybackPlot *plot : plots())
+        largest = qMax(largest, plot->timeWindowMs());
+    return double(largest);
 }
 
 void Dashboard::updateWidgets()

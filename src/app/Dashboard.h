@@ -14,6 +14,7 @@ QT_END_NAMESPACE
 class DashboardItem;
 class DashboardWidget;
 class DesignScene;
+class IPlaybackPlot;
 
 // The design surface of the main window: the scene, its view, and the
 // operations the window applies to all items at once (design mode, plot
@@ -33,7 +34,6 @@ public:
     QList<DashboardItem *> items() const;
     static QList<DashboardItem *> topLevelItems(const QGraphicsScene *scene);
     QList<DashboardWidget *> widgets() const;
-    QList<DashboardWidget *> widgetsOfType(const QString &typeName) const;
 
     void setDesignMode(bool on);
     bool designMode() const { return m_designMode; }
@@ -43,14 +43,16 @@ public:
     DashboardItem *addWidget(const QString &typeName);
     QPointF freePosition(const QSizeF &size) const;
 
+    // The plots among the widgets, in scene order.
+    QList<IPlaybackPlot *> plots() const;
     // Trend and XY plots drop their data.
     void clearPlots();
-    // Time-driven trend plots follow the recording's clock (playback and
+    // Time-driven plots follow the recording's clock (playback and
     // scrubbing) instead of the wall clock (live).
     void setTrendPlotsTimeDriven(bool on);
-    // Trend plots show the position ms from the start of the recording.
+    // Plots show the position ms from the start of the recording.
     void moveTrendPlotsTo(qint64 ms);
-    // The largest time window (ms) among the trend plots; 0 when none.
+    // The largest time window (ms) among the plots; 0 when none.
     double largestTrendWindowMs() const;
     // Repaints every widget, e.g. after the catalogue changed.
     void updateWidgets();
@@ -59,10 +61,6 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    // Plots are reached through their meta-object, so that the window needs
-    // none of their headers; false when the widget has no such method.
-    static bool invoke(DashboardWidget *widget, const char *signature, QGenericArgument argument = {});
-
     DesignScene *m_scene = nullptr;
     QGraphicsView *m_view = nullptr;
     bool m_designMode = false;

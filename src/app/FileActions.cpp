@@ -93,7 +93,6 @@ bool FileActions::loadLayoutFrom(const QString &path)
 {
     const LayoutFile::Result result = LayoutFile::load(path, m_window->dashboard()->scene(), m_window,
                                                        m_window->mode() == Ombrix::Design, m_detachedItems);
-    m_window->router()->invalidate();
     switch (result) {
     case LayoutFile::Result::Ok:
         return true;

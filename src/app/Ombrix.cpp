@@ -421,7 +421,6 @@ void Ombrix::leaveMode(OperatingMode mode)
         m_palette->setEnabled(false);
         m_dashboard->setDesignMode(false);
         m_dashboard->setTrendPlotsTimeDriven(false);
-        m_router->invalidate();
         qDebug() << "Design mode ended";
         break;
     case Record:
@@ -583,8 +582,7 @@ void Ombrix::updatePlaybackFileDisplay()
 
 void Ombrix::onWidgetRequested(const QString &typeName)
 {
-    if (m_dashboard->addWidget(typeName))
-        m_router->invalidate();
+    m_dashboard->addWidget(typeName);
 }
 
 void Ombrix::saveButton()

@@ -3,20 +3,16 @@
 #include "Dashboard.h"
 #include "DashboardItem.h"
 #include "DashboardWidget.h"
+#include "DesignScene.h"
 #include "ErrorConsoleWidget.h"
+#include "IPlaybackPlot.h"
+#include "ITimeStampedConsumer.h"
 #include "MessagesConsoleWidget.h"
 #include "StateIndicatorWidget.h"
 
-#include <QGraphicsScene>
 #include <QSet>
 
 namespace {
-
-bool hasBatchMethods(const QObject *object)
-{
-    const QMetaObject *meta = object->metaObject();
-    return meta->indexOfMethod("beginBatch()") >= 0 && meta->indexOfMethod("endBatch()") >= 0;
-}
 
 template<typename W>
 QList<W *> alive(const QList<QPointer<W>> &pointers)
@@ -32,10 +28,12 @@ QList<W *> alive(const QList<QPointer<W>> &pointers)
 
 } // namespace
 
-SignalRouter::SignalRouter(QGraphicsScene *scene, QObject *parent)
+SignalRouter::SignalRouter(DesignScene *scene, QObject *parent)
     : QObject(parent)
     , m_scene(scene)
 {
+    if (m_scene)
+        connect(m_scene, &DesignScene::dashboardItemsChanged, this, &SignalRouter::invalidate);
 }
 
 void SignalRouter::setDefinitions(const SignalDefinitions *defs)
@@ -43,11 +41,6 @@ void SignalRouter::setDefinitions(const SignalDefinitions *defs)
     m_defs = defs;
     m_mappingsSource = nullptr;
     m_mappingsCount = -1;
-}
-
-void SignalRouter::invalidate()
-{
-    m_dirty = true;
 }
 
 QString SignalRouter::routingName(const QString &boundName)
@@ -106,14 +99,14 @@ void SignalRouter::routeValue(const QString &name, double raw, double tSec)
 void SignalRouter::routeValues(const QMap<QString, double> &values, double tSec)
 {
     ensureIndex();
-    QList<DashboardWidget *> batch;
+    QList<IPlaybackPlot *> batch;
     for (auto it = values.constBegin(); it != values.constEnd(); ++it)
         deliver(it.key(), mappedValue(it.key(), it.value()), tSec, &batch);
-    for (DashboardWidget *widget : std::as_const(batch))
-        QMetaObject::invokeMethod(widget, "endBatch");
+    for (IPlaybackPlot *plot : std::as_const(batch))
+        plot->endBatch();
 }
 
-void SignalRouter::deliver(const QString &name, double value, double tSec, QList<DashboardWidget *> *batch)
+void SignalRouter::deliver(const QString &name, double value, double tSec, QList<IPlaybackPlot *> *batch)
 {
     const auto it = m_bySignal.constFind(name);
     if (it == m_bySignal.constEnd())
@@ -124,11 +117,14 @@ void SignalRouter::deliver(const QString &name, double value, double tSec, QList
             m_dirty = true;
             continue;
         }
-        if (batch && target.batches && !batch->contains(widget)) {
-            QMetaObject::invokeMethod(widget, "beginBatch");
-            batch->append(widget);
+        if (batch && target.plot && !batch->contains(target.plot)) {
+            target.plot->beginBatch();
+            batch->append(target.plot);
         }
-        widget->setValueForSignalAt(name, value, tSec);
+        if (target.consumer)
+            target.consumer->setValueForSignalAt(name, value, tSec);
+        else
+            widget->setValueForSignalAt(name, value, tSec);
     }
 }
 
@@ -210,10 +206,14 @@ QList<MessagesConsoleWidget *> SignalRouter::messagesConsoles()
 
 void SignalRouter::ensureIndex()
 {
-    if (!m_dirty && m_sinceSceneCheck.isValid() && m_sinceSceneCheck.elapsed() < SceneCheckIntervalMs)
-        return;
-    m_sinceSceneCheck.start();
-    rebuildIndex();
+    if (m_dirty)
+        rebuildIndex();
+}
+
+void SignalRouter::watch(DashboardWidget *widget)
+{
+    connect(widget, &DashboardWidget::signalNamesChanged, this, &SignalRouter::invalidate, Qt::UniqueConnection);
+    connect(widget, &QObject::destroyed, this, &SignalRouter::invalidate, Qt::UniqueConnection);
 }
 
 void SignalRouter::rebuildIndex()
@@ -233,7 +233,8 @@ void SignalRouter::rebuildIndex()
         else if (auto *messages = qobject_cast<MessagesConsoleWidget *>(widget))
             m_messagesConsoles.append(messages);
 
-        const bool batches = hasBatchMethods(widget);
+        watch(widget);
+        const Target target{widget, dynamic_cast<ITimeStampedConsumer *>(widget), dynamic_cast<IPlaybackPlot *>(widget)};
         QSet<QString> seen;
         const QStringList bound = widget->signalNames();
         for (const QString &entry : bound) {
@@ -241,7 +242,7 @@ void SignalRouter::rebuildIndex()
             if (name.isEmpty() || seen.contains(name))
                 continue;
             seen.insert(name);
-            m_bySignal[name].append(Target{widget, batches});
+            m_bySignal[name].append(target);
         }
     }
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QElapsedTimer>
 #include <QHash>
 #include <QList>
 #include <QMap>
@@ -10,12 +9,11 @@
 
 #include "SignalDefinitions.h"
 
-QT_BEGIN_NAMESPACE
-class QGraphicsScene;
-QT_END_NAMESPACE
-
 class DashboardWidget;
+class DesignScene;
 class ErrorConsoleWidget;
+class IPlaybackPlot;
+class ITimeStampedConsumer;
 class MessagesConsoleWidget;
 class StateIndicatorWidget;
 
@@ -27,18 +25,13 @@ class StateIndicatorWidget;
  * equals the signal name; the first such entry wins, so a widget gets each
  * value once, through setValueForSignalAt(name, value, tSec).
  *
- * The name -> widgets index is cached. It is rebuilt at once after
- * invalidate() or when an indexed widget was destroyed, and otherwise at
- * most SceneCheckIntervalMs old, so that items added, removed or rebound
- * behind the router's back (the configuration dialog tells no one) are
- * followed while data streams; looking at the scene on every line would
- * cost more than the routing itself. Call invalidate() after adding,
- * removing or configuring items for the change to count at once (a state
- * indicator's group is read at delivery time and needs no invalidation).
+ * The name -> widgets index is cached and rebuilt on the next delivery after
+ * the scene announced items coming or going, a widget announced new bound
+ * names, or an indexed widget was destroyed; nothing polls the scene. (A
+ * state indicator's group is read at delivery time and needs no rebuild.)
  *
- * Widgets that want a frame delivered with one repaint may expose invokable
- * beginBatch()/endBatch() methods (slots or Q_INVOKABLE); routeValues()
- * brackets a frame with them.
+ * Time-stamped values reach plots through ITimeStampedConsumer; plots get a
+ * whole frame between one beginBatch() and one endBatch().
  *
  * The router neither owns the scene nor the catalogue.
  */
@@ -47,7 +40,7 @@ class SignalRouter : public QObject
     Q_OBJECT
 
 public:
-    explicit SignalRouter(QGraphicsScene *scene, QObject *parent = nullptr);
+    explicit SignalRouter(DesignScene *scene, QObject *parent = nullptr);
 
     /// The catalogue in force (recording-specific or current); may be null.
     /// Call again after reloading it, so the cached mappings are re-read.
@@ -55,7 +48,7 @@ public:
     const SignalDefinitions *definitions() const { return m_defs; }
 
     /// Drops the cached index; the next delivery rebuilds it.
-    void invalidate();
+    void invalidate() { m_dirty = true; }
 
     /// physical = raw * scale + offset when the signal is declared with a
     /// mapping, else raw unchanged.
@@ -94,24 +87,23 @@ public:
     /// The bound name as routing compares it: cut at the first ':' and trimmed.
     static QString routingName(const QString &boundName);
 
-    static constexpr int SceneCheckIntervalMs = 100;
-
 private:
     struct Target
     {
         QPointer<DashboardWidget> widget;
-        bool batches = false;
+        ITimeStampedConsumer *consumer = nullptr;
+        IPlaybackPlot *plot = nullptr;
     };
 
     void ensureIndex();
     void rebuildIndex();
     void ensureMappings() const;
-    void deliver(const QString &name, double value, double tSec, QList<DashboardWidget *> *batch);
+    void watch(DashboardWidget *widget);
+    void deliver(const QString &name, double value, double tSec, QList<IPlaybackPlot *> *batch);
 
-    QPointer<QGraphicsScene> m_scene;
+    QPointer<DesignScene> m_scene;
     const SignalDefinitions *m_defs = nullptr;
     bool m_dirty = true;
-    QElapsedTimer m_sinceSceneCheck;
     QHash<QString, QList<Target>> m_bySignal;
     QList<QPointer<StateIndicatorWidget>> m_stateIndicators;
     QList<QPointer<ErrorConsoleWidget>> m_errorConsoles;

@@ -3,6 +3,7 @@
 #include "DashboardWidget.h"
 #include "DashboardWidgetConfigDialog.h"
 #include "DashboardWidgetFactory.h"
+#include "DesignScene.h"
 
 #include <QApplication>
 #include <QDialog>
@@ -385,6 +386,11 @@ QVariant DashboardItem::itemChange(GraphicsItemChange change, const QVariant &va
 {
     if (change == ItemZValueHasChanged || change == ItemSceneHasChanged)
         restackOverlay();
+    // Before leaving a scene and after joining one, the scene tells its listeners.
+    if (change == ItemSceneChange || change == ItemSceneHasChanged) {
+        if (auto *design = qobject_cast<DesignScene *>(scene()))
+            Q_EMIT design->dashboardItemsChanged();
+    }
     return QGraphicsItem::itemChange(change, value);
 }
 

@@ -5,6 +5,8 @@
 // The scene that holds the dashboard's items. While the dashboard is being
 // designed its background is white with a light grey grid on multiples of
 // the grid size (the items' snapping step); otherwise it is window-coloured.
+// It announces items coming and going, so that whoever indexes the
+// dashboard (the router) never has to poll it.
 class DesignScene : public QGraphicsScene
 {
     Q_OBJECT
@@ -17,6 +19,10 @@ public:
     void setDesignMode(bool on);
     bool designMode() const { return m_designMode; }
     int gridSize() const { return m_gridSize; }
+
+Q_SIGNALS:
+    // A DashboardItem was added to the scene or is about to leave it.
+    void dashboardItemsChanged();
 
 protected:
     void drawBackground(QPainter *painter, const QRectF &rect) override;

@@ -59,7 +59,6 @@ struct WindowFixture
         DashboardItem *item = window->dashboard()->addWidget(type);
         if (item && !signalNames.isEmpty())
             item->dashboardWidget()->setSignalNames(signalNames);
-        window->router()->invalidate();
         return item;
     }
 
