@@ -5,18 +5,19 @@
 #include "DesignScene.h"
 #include "EventsCsvExporter.h"
 #include "LayoutFile.h"
-#include "Ombrix.h"
+#include "PlaybackSession.h"
 #include "ProgressRunner.h"
+#include "Project.h"
 #include "Recording.h"
 #include "SignalDefinitions.h"
 #include "SignalPlaybackEngine.h"
-#include "SignalRouter.h"
 #include "SignalsCsvExporter.h"
 #include "UserPrompts.h"
 
 #include <QDebug>
 #include <QDir>
 #include <QFileInfo>
+#include <QMainWindow>
 #include <QStatusBar>
 
 #include <optional>
@@ -28,10 +29,10 @@ namespace {
 // replaces the engine's data and the definitions in force.
 struct ExportInput
 {
-    explicit ExportInput(const Ombrix &window)
-        : frames(window.engine()->frames())
+    explicit ExportInput(const PlaybackSession &playback)
+        : frames(playback.engine()->frames())
     {
-        if (const SignalDefinitions *inForce = window.definitionsInForce())
+        if (const SignalDefinitions *inForce = playback.definitionsInForce())
             defs = *inForce;
     }
     const SignalDefinitions *definitions() const { return defs ? &*defs : nullptr; }
@@ -42,27 +43,39 @@ struct ExportInput
 
 } // namespace
 
-FileActions::FileActions(Ombrix *window)
+FileActions::FileActions(Project *project, Dashboard *dashboard, PlaybackSession *playback, QMainWindow *window)
     : QObject(window)
+    , m_project(project)
+    , m_dashboard(dashboard)
+    , m_playback(playback)
     , m_window(window)
 {
 }
 
 FileActions::~FileActions() = default;
 
-QString FileActions::ensureSubfolder(const QString &projectDir, const QString &name)
-{
-    // Without a project this is the working directory's sub-folder, never the root's.
-    const QString folder = QDir(projectDir).filePath(name);
-    QDir(folder).mkpath(QStringLiteral("."));
-    return folder;
-}
-
 QString FileActions::askSavePath(const QString &caption, const QString &subfolder, const QString &fileName,
                                  const QString &filter) const
 {
-    const QString folder = ensureSubfolder(m_window->projectDir(), subfolder);
-    return m_window->prompts().saveFileName(m_window, caption, folder + QLatin1Char('/') + fileName, filter);
+    const QString folder = m_project->subfolder(subfolder);
+    return m_project->prompts().saveFileName(m_window, caption, folder + QLatin1Char('/') + fileName, filter);
+}
+
+void FileActions::showStatus(const QString &text) const
+{
+    m_window->statusBar()->showMessage(text, 4000);
+}
+
+void FileActions::saveButton()
+{
+    saveLayout();
+    qDebug() << "Layout saved";
+}
+
+void FileActions::loadButton()
+{
+    loadLayout();
+    qDebug() << "Layout loaded";
 }
 
 void FileActions::saveLayout()
@@ -75,32 +88,32 @@ void FileActions::saveLayout()
 
 bool FileActions::saveLayoutTo(const QString &path)
 {
-    if (LayoutFile::save(path, m_window->dashboard()->scene(), m_window) == LayoutFile::Result::Ok)
+    if (LayoutFile::save(path, m_dashboard->scene(), m_window) == LayoutFile::Result::Ok)
         return true;
-    m_window->prompts().warning(m_window, tr("Error"), tr("Could not save layout."));
+    m_project->prompts().warning(m_window, tr("Error"), tr("Could not save layout."));
     return false;
 }
 
 void FileActions::loadLayout()
 {
-    const QString folder = QDir(m_window->projectDir()).filePath(QStringLiteral("layouts"));
-    const QString path = m_window->prompts().openFileName(m_window, tr("Load Layout"), folder, tr("Layouts (*.json)"));
+    const QString folder = QDir(m_project->dir()).filePath(QStringLiteral("layouts"));
+    const QString path = m_project->prompts().openFileName(m_window, tr("Load Layout"), folder, tr("Layouts (*.json)"));
     if (!path.isEmpty())
         loadLayoutFrom(path);
 }
 
 bool FileActions::loadLayoutFrom(const QString &path)
 {
-    const LayoutFile::Result result = LayoutFile::load(path, m_window->dashboard()->scene(), m_window,
-                                                       m_window->mode() == Ombrix::Design, m_detachedItems);
+    const LayoutFile::Result result =
+        LayoutFile::load(path, m_dashboard->scene(), m_window, m_dashboard->designMode(), m_detachedItems);
     switch (result) {
     case LayoutFile::Result::Ok:
         return true;
     case LayoutFile::Result::OpenFailed:
-        m_window->prompts().warning(m_window, tr("Error"), tr("Could not load layout."));
+        m_project->prompts().warning(m_window, tr("Error"), tr("Could not load layout."));
         return false;
     case LayoutFile::Result::InvalidFormat:
-        m_window->prompts().warning(m_window, tr("Error"), tr("Invalid layout format."));
+        m_project->prompts().warning(m_window, tr("Error"), tr("Invalid layout format."));
         return false;
     }
     return false;
@@ -108,9 +121,9 @@ bool FileActions::loadLayoutFrom(const QString &path)
 
 bool FileActions::hasPlaybackData(const QString &title) const
 {
-    if (!m_window->engine()->frames().isEmpty())
+    if (!m_playback->engine()->frames().isEmpty())
         return true;
-    m_window->prompts().information(m_window, title, tr("No playback data loaded."));
+    m_project->prompts().information(m_window, title, tr("No playback data loaded."));
     return false;
 }
 
@@ -119,8 +132,8 @@ void FileActions::exportSignals()
     if (!hasPlaybackData(tr("Export Signals CSV")))
         return;
     SignalsExportOptions options;
-    if (!m_window->prompts().chooseSignalsExport(m_window, m_window->engine()->frames().signalNames(),
-                                                 m_window->definitionsInForce(), &options))
+    if (!m_project->prompts().chooseSignalsExport(m_window, m_playback->engine()->frames().signalNames(),
+                                                 m_playback->definitionsInForce(), &options))
         return;
     const QString path = askSavePath(tr("Export CSV"), QStringLiteral("exports"), QStringLiteral("signals.csv"),
                                      tr("CSV (*.csv)"));
@@ -130,15 +143,15 @@ void FileActions::exportSignals()
 
 bool FileActions::exportSignalsTo(const QString &path, const SignalsExportOptions &options)
 {
-    const ExportInput input(*m_window);
+    const ExportInput input(*m_playback);
     ProgressRunner progress(tr("Exporting signals…"), m_window);
     QString error;
     if (!SignalsCsvExporter::exportTo(path, input.frames, input.definitions(), options, progress.callback(), &error)) {
         if (!progress.wasCancelled())
-            m_window->prompts().warning(m_window, tr("Export Signals CSV"), error);
+            m_project->prompts().warning(m_window, tr("Export Signals CSV"), error);
         return false;
     }
-    m_window->statusBar()->showMessage(tr("Signals CSV exported → %1").arg(QFileInfo(path).fileName()), 4000);
+    showStatus(tr("Signals CSV exported → %1").arg(QFileInfo(path).fileName()));
     return true;
 }
 
@@ -154,16 +167,16 @@ void FileActions::exportEvents()
 
 bool FileActions::exportEventsTo(const QString &path)
 {
-    const ExportInput input(*m_window);
+    const ExportInput input(*m_playback);
     ProgressRunner progress(tr("Exporting events…"), m_window);
     QString error;
     if (!EventsCsvExporter::exportTo(path, input.frames, input.definitions(), progress.callback(), &error)) {
         if (!progress.wasCancelled()) {
             qDebug().noquote() << "Events export failed:" << error;
-            m_window->prompts().warning(m_window, tr("Export Events CSV"), tr("Could not open file for writing."));
+            m_project->prompts().warning(m_window, tr("Export Events CSV"), tr("Could not open file for writing."));
         }
         return false;
     }
-    m_window->statusBar()->showMessage(tr("Events CSV exported → %1").arg(QFileInfo(path).fileName()), 4000);
+    showStatus(tr("Events CSV exported → %1").arg(QFileInfo(path).fileName()));
     return true;
 }

@@ -5,22 +5,32 @@
 #include <QObject>
 #include <QString>
 
-class Ombrix;
+QT_BEGIN_NAMESPACE
+class QMainWindow;
+QT_END_NAMESPACE
+
+class Dashboard;
+class PlaybackSession;
+class Project;
 struct SignalsExportOptions;
 
-// The main window's file operations: layouts and the CSV exports. Each
-// dialog-driven operation asks for the path through the window's prompts and
-// then runs its twin, which takes the path and does the work.
+// The window's file operations: layouts (with the window's geometry) and the
+// CSV exports of the loaded recording. Each dialog-driven operation asks for
+// the path through the project's prompts and then runs its twin, which takes
+// the path and does the work.
 class FileActions : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit FileActions(Ombrix *window);
+    FileActions(Project *project, Dashboard *dashboard, PlaybackSession *playback, QMainWindow *window);
     ~FileActions() override;
 
     void saveLayout();
     void loadLayout();
+    // The tool buttons: the dialog, then a line in the debug log (also after a cancel).
+    void saveButton();
+    void loadButton();
     bool saveLayoutTo(const QString &path);
     bool loadLayoutFrom(const QString &path);
 
@@ -29,16 +39,18 @@ public:
     bool exportSignalsTo(const QString &path, const SignalsExportOptions &options);
     bool exportEventsTo(const QString &path);
 
-    // <projectDir>/<name>, created when missing.
-    static QString ensureSubfolder(const QString &projectDir, const QString &name);
-
 private:
     bool hasPlaybackData(const QString &title) const;
     // The save dialog, proposing <project>/<subfolder>/<fileName> (the folder is created).
     QString askSavePath(const QString &caption, const QString &subfolder, const QString &fileName,
                         const QString &filter) const;
 
-    Ombrix *m_window = nullptr;
+    void showStatus(const QString &text) const;
+
+    Project *m_project = nullptr;
+    Dashboard *m_dashboard = nullptr;
+    PlaybackSession *m_playback = nullptr;
+    QMainWindow *m_window = nullptr;
     // Items a layout load took off the scene. A load only detaches them, so
     // that callers holding a widget of the old dashboard keep a live object;
     // they go with the window.

@@ -48,6 +48,11 @@ void PlaybackScrubber::setPlayModeQuery(const std::function<bool()> &isPlayMode)
     m_isPlayMode = isPlayMode;
 }
 
+int PlaybackScrubber::sliderValue() const
+{
+    return m_slider ? m_slider->value() : 0;
+}
+
 bool PlaybackScrubber::isScrubTimerActive() const
 {
     return m_scrubTimer->isActive();

@@ -48,6 +48,8 @@ public:
     void setPlayModeQuery(const std::function<bool()> &isPlayMode);
 
     bool isDragging() const { return m_dragging; }
+    /// Where the slider stands, 0 .. SliderMaxSteps.
+    int sliderValue() const;
     int pendingPosition() const { return m_pendingPosition; }
     bool isScrubTimerActive() const;
     /// The preview window in seconds that the next seek would use.

@@ -7,49 +7,76 @@
 
 QT_BEGIN_NAMESPACE
 class QSlider;
-class QWidget;
 QT_END_NAMESPACE
 
+class Dashboard;
 class PlaybackScrubber;
+class Project;
 class SignalDefinitions;
 class SignalPlaybackEngine;
+class SignalRouter;
 
-// The playback side of the main window: the selected recording, the engine
-// that replays it, the slider scrubbing, and the definitions saved with the
-// recording, which take precedence over the project's while they are set.
+/**
+ * The playback side of the window: the selected recording, the engine that
+ * replays it, the slider scrubbing, and the definitions saved with the
+ * recording, which take precedence over the project's while they are in
+ * force ("Use recording's definitions"). Once routed to a dashboard, the
+ * engine's frames, states, errors and messages reach its widgets, and the
+ * plots follow the slider.
+ */
 class PlaybackSession : public QObject
 {
     Q_OBJECT
 
 public:
-    PlaybackSession(QSlider *slider, QObject *parent = nullptr);
+    PlaybackSession(Project *project, QSlider *slider, QObject *parent = nullptr);
     ~PlaybackSession() override;
 
     SignalPlaybackEngine *engine() const { return m_engine; }
     PlaybackScrubber *scrubber() const { return m_scrubber; }
 
-    QString filePath() const { return m_filePath; }
-    // Selects a recording; it is read at the next ensureLoaded().
-    void setFilePath(const QString &path);
+    // Played-back data goes to the router's widgets; the dashboard's plots
+    // are cleared, frozen and moved with the slider. Also keeps the router
+    // and the engine on the definitions in force.
+    void routeTo(SignalRouter *router, Dashboard *dashboard);
 
-    // With `use` set, reads the recording's companion "<base>.signals.h"
-    // into the recording-specific catalogue; otherwise, or when the
-    // companion is missing or unreadable, drops that catalogue.
-    void applyRecordingDefinitions(bool use);
+    QString filePath() const { return m_filePath; }
+    // Selects a recording and reads it into the engine (warning when it
+    // cannot be read); another file than before rewinds, since a position
+    // in one recording means nothing in another.
+    void setFile(const QString &path);
+    // Asks for a recording in the project's "recordings" folder.
+    void selectFile();
+
+    bool usesRecordingDefinitions() const { return m_useRecordingDefinitions; }
+    void setUseRecordingDefinitions(bool use);
+    // Reads the recording's companion "<base>.signals.h" into the recording
+    // catalogue when it is wanted and readable; drops it otherwise.
+    void applyRecordingDefinitions();
     void dropRecordingDefinitions();
     // Null unless the recording's own definitions are in force.
     const SignalDefinitions *recordingDefinitions() const { return m_recordingDefinitions.get(); }
+    // The recording's definitions while in force, else the project's.
+    const SignalDefinitions *definitionsInForce() const;
 
     // Reads the selected recording into the engine unless it holds it
     // already (reloading would rewind, and Play after Pause resumes); a
-    // progress dialog appears when that takes a while. False with *error
-    // left empty when the user cancelled it.
-    bool ensureLoaded(QWidget *progressParent, QString *error);
+    // progress dialog appears when that takes a while. Warns when the file
+    // cannot be read; false without a word when cancelled or none selected.
+    bool loadIntoEngine();
+
+Q_SIGNALS:
+    void fileChanged(const QString &path);
+    void definitionsInForceChanged();
 
 private:
+    bool ensureLoaded(QString *error);
+
+    Project *m_project = nullptr;
     SignalPlaybackEngine *m_engine = nullptr;
     PlaybackScrubber *m_scrubber = nullptr;
     QString m_filePath;
     QString m_loadedPath;
+    bool m_useRecordingDefinitions = false;
     std::unique_ptr<SignalDefinitions> m_recordingDefinitions;
 };

@@ -1,0 +1,138 @@
+#include "Project.h"
+
+#include "SignalDefinitions.h"
+#include "UserPrompts.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QSettings>
+#include <QStandardPaths>
+
+namespace {
+
+const QString ProjectDirKey = QStringLiteral("projectDir");
+
+// Read at start-up and written only by the prompt.
+QSettings rememberedStore()
+{
+    return QSettings(QStringLiteral("Tarnwell"), QStringLiteral("Ombrix"));
+}
+
+} // namespace
+
+Project::Project(QWidget *dialogParent, QObject *parent)
+    : QObject(parent)
+    , m_dialogParent(dialogParent)
+    , m_prompts(std::make_unique<UserPrompts>())
+{
+}
+
+Project::~Project()
+{
+    if (SignalDefinitions::current() == m_definitions.get())
+        SignalDefinitions::setCurrent(nullptr);
+}
+
+void Project::setPrompts(std::unique_ptr<UserPrompts> prompts)
+{
+    if (prompts)
+        m_prompts = std::move(prompts);
+}
+
+QString Project::subfolder(const QString &name) const
+{
+    const QString folder = QDir(m_dir).filePath(name);
+    QDir(folder).mkpath(QStringLiteral("."));
+    return folder;
+}
+
+QString Project::definitionsPath() const
+{
+    return QDir(m_dir).filePath(DefinitionFileName);
+}
+
+bool Project::isValidProjectDir(const QString &path)
+{
+    return !path.isEmpty() && QFileInfo::exists(QDir(path).filePath(DefinitionFileName));
+}
+
+bool Project::setProjectDir(const QString &dir)
+{
+    if (!isValidProjectDir(dir))
+        return false;
+
+    m_dir = QDir(dir).absolutePath();
+    // Deliberately not the store read at start-up: only a folder picked in
+    // the prompt is restored next time, not one given on the command line.
+    QSettings(QStringLiteral("YourCompany"), QStringLiteral("Ombrix")).setValue(ProjectDirKey, m_dir);
+    ensureProjectSubfolders();
+
+    if (!loadDefinitions(definitionsPath()))
+        return false;
+    Q_EMIT opened(m_dir);
+    return true;
+}
+
+bool Project::loadDefinitions(const QString &path)
+{
+    const QFileInfo info(path);
+    if (!info.exists() || !info.isFile()) {
+        m_prompts->warning(m_dialogParent, tr("Signals Definition"), tr("Cannot find signals file:\n%1").arg(path));
+        return false;
+    }
+
+    auto loaded = std::make_unique<SignalDefinitions>();
+    if (!loaded->load(path)) {
+        m_prompts->warning(m_dialogParent, tr("Signals Definition"), tr("Failed to load:\n%1").arg(path));
+        return false;
+    }
+
+    // The previous catalogue lives until everyone has moved to the new one.
+    const std::unique_ptr<SignalDefinitions> previous = std::move(m_definitions);
+    m_definitions = std::move(loaded);
+    SignalDefinitions::setCurrent(m_definitions.get());
+    Q_EMIT definitionsLoaded(info.absoluteFilePath());
+    return true;
+}
+
+void Project::ensureProjectSubfolders()
+{
+    QDir project(m_dir);
+    for (const char *sub : {"recordings", "layouts", "exports"})
+        project.mkpath(QLatin1String(sub));
+}
+
+void Project::restoreProjectOrPrompt()
+{
+    const QString remembered = rememberedStore().value(ProjectDirKey).toString();
+    if (!remembered.isEmpty() && isValidProjectDir(remembered) && setProjectDir(remembered))
+        return;
+    promptForProject();
+}
+
+void Project::promptForProject()
+{
+    // A loop rather than recursion: an invalid folder asks again from the intro.
+    for (;;) {
+        if (!m_prompts->acceptProjectIntro(m_dialogParent)) {
+            Q_EMIT closeRequested();
+            return;
+        }
+        const QString start =
+            m_dir.isEmpty() ? QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) : m_dir;
+        const QString folder = m_prompts->existingDirectory(
+            m_dialogParent, tr("Select Project Folder (contains dashboard_signals.def)"), start);
+        if (folder.isEmpty()) {
+            Q_EMIT closeRequested();
+            return;
+        }
+        if (!isValidProjectDir(folder)) {
+            m_prompts->warning(m_dialogParent, tr("Invalid Project"),
+                               tr("Selected folder does not contain dashboard_signals.def"));
+            continue;
+        }
+        if (setProjectDir(folder))
+            rememberedStore().setValue(ProjectDirKey, folder);
+        return;
+    }
+}

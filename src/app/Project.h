@@ -1,0 +1,77 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+#include <memory>
+
+QT_BEGIN_NAMESPACE
+class QWidget;
+QT_END_NAMESPACE
+
+class SignalDefinitions;
+class UserPrompts;
+
+/**
+ * The project the window works in: its folder (with dashboard_signals.def
+ * and the sub-folders "recordings", "layouts" and "exports"), the signal
+ * catalogue loaded from it, the remembered folder, and the questions that
+ * choose a project. Every question goes through prompts(), so that tests
+ * and scripted runs can answer; dialogs are parented to dialogParent().
+ *
+ * The catalogue is also the process-wide current one (SignalDefinitions::
+ * current()) that widgets and the configuration dialog read.
+ */
+class Project : public QObject
+{
+    Q_OBJECT
+
+public:
+    static inline const QString DefinitionFileName = QStringLiteral("dashboard_signals.def");
+
+    explicit Project(QWidget *dialogParent, QObject *parent = nullptr);
+    ~Project() override;
+
+    QWidget *dialogParent() const { return m_dialogParent; }
+    UserPrompts &prompts() const { return *m_prompts; }
+    // Replaces the prompts; null keeps the current ones.
+    void setPrompts(std::unique_ptr<UserPrompts> prompts);
+
+    QString dir() const { return m_dir; }
+    // <project>/<name>, created when missing; the working directory's
+    // sub-folder while no project is set, never the root's.
+    QString subfolder(const QString &name) const;
+    // The project's own definition file.
+    QString definitionsPath() const;
+    // Null until the first successful load.
+    const SignalDefinitions *definitions() const { return m_definitions.get(); }
+
+    // True when the folder holds a dashboard_signals.def.
+    static bool isValidProjectDir(const QString &path);
+    // Makes the folder current and loads its definitions. False with nothing
+    // changed when the folder is not a project; false with the folder taken
+    // but the old catalogue kept when its definitions cannot be loaded.
+    bool setProjectDir(const QString &dir);
+    // Replaces the current catalogue; on failure warns and keeps the old one.
+    bool loadDefinitions(const QString &path);
+    void ensureProjectSubfolders();
+    // Opens the folder remembered from an earlier prompt, else prompts.
+    void restoreProjectOrPrompt();
+    // Intro dialog then folder chooser, until a project or a cancel (which
+    // emits closeRequested()).
+    void promptForProject();
+
+Q_SIGNALS:
+    // A catalogue was loaded and made current; absolutePath is its file.
+    void definitionsLoaded(const QString &absolutePath);
+    // A folder became the current project.
+    void opened(const QString &absoluteDir);
+    // The user declined to choose a project: the application should end.
+    void closeRequested();
+
+private:
+    QWidget *m_dialogParent = nullptr;
+    std::unique_ptr<UserPrompts> m_prompts;
+    std::unique_ptr<SignalDefinitions> m_definitions;
+    QString m_dir;
+};
