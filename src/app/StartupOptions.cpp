@@ -1,5 +1,6 @@
 #include "StartupOptions.h"
 
+#include "FrameClock.h"
 #include "Ombrix.h"
 
 #include <QCommandLineParser>
@@ -12,6 +13,7 @@ const QString kDef = QStringLiteral("def");
 const QString kLayout = QStringLiteral("layout");
 const QString kPort = QStringLiteral("port");
 const QString kBaud = QStringLiteral("baud");
+const QString kFps = QStringLiteral("fps");
 
 } // namespace
 
@@ -27,6 +29,11 @@ void StartupOptions::addOptions(QCommandLineParser &parser)
                       QStringLiteral("name")});
     parser.addOption({kBaud, QStringLiteral("Baud rate for --port (default 115200)."), QStringLiteral("rate"),
                       QStringLiteral("115200")});
+    parser.addOption({kFps,
+                      QStringLiteral("Dashboard frames per second, 1 to %1 (default %2).")
+                          .arg(FrameClock::MaxFramesPerSecond)
+                          .arg(FrameClock::DefaultFramesPerSecond),
+                      QStringLiteral("n"), QString::number(FrameClock::DefaultFramesPerSecond)});
 }
 
 bool StartupOptions::fromParser(const QCommandLineParser &parser, StartupOptions *options, QString *error)
@@ -43,6 +50,13 @@ bool StartupOptions::fromParser(const QCommandLineParser &parser, StartupOptions
     if (!ok || result.baudRate <= 0) {
         if (error)
             *error = QStringLiteral("Invalid baud rate: %1").arg(baud);
+        return false;
+    }
+    const QString fps = parser.value(kFps);
+    result.framesPerSecond = fps.toInt(&ok);
+    if (!ok || result.framesPerSecond < 1 || result.framesPerSecond > FrameClock::MaxFramesPerSecond) {
+        if (error)
+            *error = QStringLiteral("Invalid frames per second: %1 (1 to %2)").arg(fps).arg(FrameClock::MaxFramesPerSecond);
         return false;
     }
     *options = result;
@@ -63,6 +77,7 @@ bool StartupOptions::fromArguments(const QStringList &arguments, StartupOptions 
 
 void StartupOptions::applyTo(Ombrix &window) const
 {
+    FrameClock::instance().setFramesPerSecond(framesPerSecond);
     if (!projectDir.isEmpty()) {
         // A project that fails is not replaced by anything else.
         window.setProjectDir(projectDir);

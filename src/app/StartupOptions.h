@@ -18,6 +18,7 @@ struct StartupOptions
     QString layoutPath;   // "layout": loaded once the project is settled
     QString portName;     // "port": opened at start
     int baudRate = 115200;
+    int framesPerSecond = 60;  // "fps": how often the dashboard paints at most
 
     // Adds help and every option of ours to the parser.
     static void addOptions(QCommandLineParser &parser);

@@ -1,10 +1,18 @@
 #include "DashboardWidget.h"
 
+#include "FrameClock.h"
+
 #include <QJsonArray>
 
 DashboardWidget::DashboardWidget(QWidget *parent)
     : QWidget(parent)
 {
+}
+
+DashboardWidget::~DashboardWidget()
+{
+    if (m_framePending)
+        FrameClock::instance().cancel(this);
 }
 
 QSize DashboardWidget::minimumDesignSize() const
@@ -89,5 +97,34 @@ void DashboardWidget::applyConfigForm()
 
 void DashboardWidget::markDirty()
 {
-    update();
+    m_wholeDirty = true;
+    if (m_framePending)
+        return;
+    m_framePending = true;
+    FrameClock::instance().schedule(this);
+}
+
+void DashboardWidget::markDirty(const QRect &area)
+{
+    m_dirtyArea |= area;
+    if (m_framePending)
+        return;
+    m_framePending = true;
+    FrameClock::instance().schedule(this);
+}
+
+void DashboardWidget::finishFrame()
+{
+    m_framePending = false;
+    updateFrame();
+    m_wholeDirty = false;
+    m_dirtyArea = QRect();
+}
+
+void DashboardWidget::updateFrame()
+{
+    if (m_wholeDirty)
+        update();
+    else if (!m_dirtyArea.isEmpty())
+        update(m_dirtyArea);
 }

@@ -22,6 +22,7 @@ class DashboardWidget : public QWidget
 
 public:
     explicit DashboardWidget(QWidget *parent = nullptr);
+    ~DashboardWidget() override;
 
     // The smallest size the hosting item may take.
     virtual QSize minimumDesignSize() const;
@@ -51,8 +52,24 @@ Q_SIGNALS:
     void signalNamesChanged();
 
 protected:
-    // The widget's state changed: it is repainted with the next display frame.
+    // The widget's state changed: updateFrame() runs with the next display
+    // frame (FrameClock), once however often this is called before it.
     void markDirty();
+    // Only this part of the widget changed (the needle, the digits): the
+    // frame repaints less. Parts add up until the frame.
+    void markDirty(const QRect &area);
+    bool isFramePending() const { return m_framePending; }
+    // Brings what is on screen up to date with the widget's state; called at
+    // most once per frame. The default repaints what was marked dirty.
+    virtual void updateFrame();
 
     QStringList m_signals;
+
+private:
+    friend class FrameClock;
+    void finishFrame();
+
+    bool m_framePending = false;
+    bool m_wholeDirty = false;
+    QRect m_dirtyArea;
 };

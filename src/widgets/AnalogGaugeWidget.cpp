@@ -5,6 +5,7 @@
 #include <QDoubleSpinBox>
 #include <QFormLayout>
 #include <QJsonObject>
+#include <QPaintEvent>
 #include <QPainter>
 #include <QtMath>
 
@@ -45,8 +46,30 @@ void AnalogGaugeWidget::setValue(double value)
         value = m_max;
     if (!(value > m_min))
         value = m_min;
+    // Only the needle moves: the frame repaints where it was and where it is.
+    const QRect before = needleArea();
     m_value = value;
-    update();
+    markDirty(before | needleArea());
+}
+
+QRect AnalogGaugeWidget::needleArea() const
+{
+    const double scale = std::min(width(), height()) / 200.0;
+    const QPointF centre(width() / 2.0, height() / 2.0);
+    const double radians = qDegreesToRadians(needleAngle());
+    const QPointF tip = centre + QPointF(std::sin(radians), -std::cos(radians)) * (70.0 * scale);
+    const double hub = 5.0 * scale;
+    const double margin = 3.0 * scale + 2.0; // pen width and antialiasing
+    const QRectF area = QRectF(centre, tip).normalized().united(QRectF(centre - QPointF(hub, hub), centre + QPointF(hub, hub)));
+    return area.adjusted(-margin, -margin, margin, margin).toAlignedRect();
+}
+
+QRect AnalogGaugeWidget::captionArea() const
+{
+    const double scale = std::min(width(), height()) / 200.0;
+    // The caption lines start 105 dial units below the centre; the dial's
+    // circle ends at 100.
+    return QRect(0, int(height() / 2.0 + 100.0 * scale), width(), height());
 }
 
 QString AnalogGaugeWidget::typeName() const
@@ -191,7 +214,6 @@ void AnalogGaugeWidget::drawTicks(QPainter &painter) const
 
 void AnalogGaugeWidget::paintEvent(QPaintEvent *event)
 {
-    Q_UNUSED(event);
     const int side = std::min(width(), height());
     if (side <= 0)
         return;
@@ -215,7 +237,9 @@ void AnalogGaugeWidget::paintEvent(QPaintEvent *event)
     painter.setBrush(Qt::black);
     painter.drawEllipse(QPointF(0, 0), 5, 5);
 
-    drawCaption(painter);
+    // Text is the dearest part of a frame; a needle update does not reach it.
+    if (event->rect().intersects(captionArea()))
+        drawCaption(painter);
 }
 
 void AnalogGaugeWidget::drawCaption(QPainter &painter) const

@@ -65,6 +65,10 @@ private:
     void rebuildDial(int side);
     void drawTicks(QPainter &painter) const;
     void drawCaption(QPainter &painter) const;
+    // Where the needle and the hub are painted now, with room for antialiasing.
+    QRect needleArea() const;
+    // Below the dial: where the caption may be painted.
+    QRect captionArea() const;
     int labelDecimals() const;
 
     double m_value = 0.0;

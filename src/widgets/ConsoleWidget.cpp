@@ -6,7 +6,6 @@
 #include <QSpinBox>
 #include <QTextCursor>
 #include <QTextEdit>
-#include <QTimer>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -14,7 +13,6 @@
 ConsoleWidget::ConsoleWidget(QWidget *parent)
     : DashboardWidget(parent)
     , m_view(new QTextEdit(this))
-    , m_refreshTimer(new QTimer(this))
 {
     m_view->setReadOnly(true);
     m_view->setFrameStyle(QFrame::NoFrame);
@@ -25,10 +23,6 @@ ConsoleWidget::ConsoleWidget(QWidget *parent)
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(4, 4, 4, 4);
     layout->addWidget(m_view);
-
-    m_refreshTimer->setSingleShot(true);
-    m_refreshTimer->setInterval(RefreshIntervalMs);
-    connect(m_refreshTimer, &QTimer::timeout, this, &ConsoleWidget::refreshView);
 
     setMinimumSize(200, 100);
 }
@@ -87,7 +81,7 @@ void ConsoleWidget::setMaxLines(int lines)
     if (int(m_ring.size()) > m_maxLines) {
         trimRing();
         m_needsRewrite = true;
-        scheduleRefresh();
+        markDirty();
     }
 }
 
@@ -108,7 +102,6 @@ void ConsoleWidget::clear()
     m_pendingLines = 0;
     m_viewLines = 0;
     m_needsRewrite = false;
-    m_refreshTimer->stop();
     m_view->clear();
 }
 
@@ -136,7 +129,7 @@ void ConsoleWidget::appendLine(QString line)
     m_ring.push_back(std::move(line));
     ++m_pendingLines;
     trimRing();
-    scheduleRefresh();
+    markDirty();
 }
 
 QString ConsoleWidget::timeStamp(double tSec)
@@ -151,15 +144,13 @@ void ConsoleWidget::trimRing()
     m_pendingLines = std::min(m_pendingLines, int(m_ring.size()));
 }
 
-void ConsoleWidget::scheduleRefresh()
+void ConsoleWidget::updateFrame()
 {
-    if (!m_refreshTimer->isActive())
-        m_refreshTimer->start();
+    flush();
 }
 
 void ConsoleWidget::refreshView()
 {
-    m_refreshTimer->stop();
     QScrollBar *vertical = m_view->verticalScrollBar();
     QScrollBar *horizontal = m_view->horizontalScrollBar();
     const int keptVertical = vertical->value();

@@ -11,7 +11,6 @@ QT_BEGIN_NAMESPACE
 class QCheckBox;
 class QSpinBox;
 class QTextEdit;
-class QTimer;
 QT_END_NAMESPACE
 
 /**
@@ -19,9 +18,9 @@ QT_END_NAMESPACE
  * view that keeps the newest maxLines() lines.
  *
  * Appending is cheap at any rate: lines go into a ring of at most maxLines()
- * entries and the view is brought up to date in one step at most
- * RefreshIntervalMs later (or at once by flush() and the read accessors), so
- * a burst or a chatty device costs a few view updates a second. The oldest
+ * entries and the view is brought up to date in one step with the next
+ * display frame (or at once by flush() and the read accessors), so a burst
+ * or a chatty device costs at most one view update per frame. The oldest
  * lines leave first; with autoScroll() the newest line is kept in view, without
  * it the view keeps its scroll position.
  *
@@ -61,16 +60,15 @@ public:
 
     static constexpr int DefaultMaxLines = 500;
     static constexpr int MaxLinesLimit = 100000;
-    static constexpr int RefreshIntervalMs = 30;
 
 protected:
+    void updateFrame() override;
     /// Adds one line; line breaks inside it become spaces so one event stays one line.
     void appendLine(QString line);
     /// "[t]" with three decimals, the prefix of every console line.
     static QString timeStamp(double tSec);
 
 private:
-    void scheduleRefresh();
     void refreshView();
     void scrollToNewest();
     void rewriteView();
@@ -78,7 +76,6 @@ private:
     void trimRing();
 
     QTextEdit *m_view = nullptr;
-    QTimer *m_refreshTimer = nullptr;
     int m_maxLines = DefaultMaxLines;
     bool m_autoScroll = true;
     std::deque<QString> m_ring;

@@ -6,7 +6,10 @@
 #include <QFormLayout>
 #include <QJsonObject>
 #include <QLabel>
+#include <QFontMetrics>
+#include <QPaintEvent>
 #include <QPainter>
+#include <QStyle>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -24,11 +27,41 @@ DigitalDisplayWidget::DigitalDisplayWidget(QWidget *parent)
     font.setPointSize(28);
     m_valueLabel->setFont(font);
     m_valueLabel->setAlignment(Qt::AlignCenter);
+    // The label holds the digits and keeps its place, but this widget paints
+    // them, with the next frame: a shown label would repaint itself (and ask
+    // for a new layout) with every value the device sends.
+    QSizePolicy policy = m_valueLabel->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    m_valueLabel->setSizePolicy(policy);
+    m_valueLabel->hide();
 }
 
 void DigitalDisplayWidget::setValue(double value)
 {
     m_valueLabel->setText(QString::number(value, 'f', m_decimals));
+    markDirty(digitsArea());
+}
+
+QRect DigitalDisplayWidget::digitsArea() const
+{
+    // The digits' line, centred in the label, with room for antialiasing.
+    const QRect label = m_valueLabel->geometry();
+    const int half = QFontMetrics(m_valueLabel->font()).height() / 2 + 2;
+    return QRect(0, label.center().y() - half, width(), 2 * half + 2);
+}
+
+QRect DigitalDisplayWidget::captionArea() const
+{
+    // The upper caption line is centred 37.5 pixels below the middle.
+    const int half = QFontMetrics(captionFont()).height() / 2 + 2;
+    return QRect(0, int(height() / 2.0 + 37.5) - half, width(), height());
+}
+
+QFont DigitalDisplayWidget::captionFont() const
+{
+    QFont font = this->font();
+    font.setPointSize(10);
+    return font;
 }
 
 QString DigitalDisplayWidget::typeName() const
@@ -88,18 +121,27 @@ QString DigitalDisplayWidget::valueText() const
 
 void DigitalDisplayWidget::paintEvent(QPaintEvent *event)
 {
-    Q_UNUSED(event);
-    if (m_signals.isEmpty())
+    QPainter painter(this);
+    drawDigits(painter);
+    // New digits alone do not reach the caption, the dearer text.
+    if (m_signals.isEmpty() || !event->rect().intersects(captionArea()))
         return;
     const SignalCaption caption(m_signals.first());
-    QPainter painter(this);
-    QFont font = painter.font();
-    font.setPointSize(10);
-    painter.setFont(font);
+    painter.setFont(captionFont());
     painter.setPen(Qt::black);
     const int w = width();
     const int h = height();
     if (!caption.upper().isEmpty())
         painter.drawText(QRect(0, 25, w, h + 25), Qt::AlignCenter, caption.upper());
     painter.drawText(QRect(0, 35, w, h + 35), Qt::AlignCenter, caption.lower());
+}
+
+void DigitalDisplayWidget::drawDigits(QPainter &painter) const
+{
+    // As the label would paint itself.
+    painter.save();
+    painter.setFont(m_valueLabel->font());
+    style()->drawItemText(&painter, m_valueLabel->geometry(), int(m_valueLabel->alignment()), m_valueLabel->palette(),
+                          isEnabled(), m_valueLabel->text(), m_valueLabel->foregroundRole());
+    painter.restore();
 }

@@ -7,6 +7,7 @@
 QT_BEGIN_NAMESPACE
 class QDoubleSpinBox;
 class QLabel;
+class QPainter;
 QT_END_NAMESPACE
 
 /**
@@ -48,6 +49,11 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    void drawDigits(QPainter &painter) const;
+    QRect digitsArea() const;
+    QRect captionArea() const;
+    QFont captionFont() const;
+
     QLabel *m_valueLabel = nullptr;
     QString m_signal;
     int m_decimals = 1;

@@ -82,7 +82,7 @@ void StateIndicatorWidget::setState(const QString &stateId, const QString &label
 {
     m_stateId = stateId.trimmed();
     m_stateLabel = label.isEmpty() ? stateId : label;
-    update();
+    markDirty();
 }
 
 QString StateIndicatorWidget::pillText() const

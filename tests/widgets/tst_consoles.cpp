@@ -1,5 +1,6 @@
 #include "ConfigFormHarness.h"
 #include "ErrorConsoleWidget.h"
+#include "FrameClock.h"
 #include "MessagesConsoleWidget.h"
 
 #include <QCheckBox>
@@ -62,6 +63,15 @@ private Q_SLOTS:
         QVERIFY(console.textView()->toPlainText().startsWith(QLatin1String("[9500.000] E1 : Overheat\n")));
     }
 
+    void eventsBetweenFramesAppearTogetherInOrder()
+    {
+        MessagesConsoleWidget console;
+        append(console, 1, 3);
+        QCOMPARE(console.textView()->toPlainText(), QString()); // not before the frame
+        FrameClock::instance().finishFrame();
+        QCOMPARE(console.textView()->toPlainText(), numbered(1, 3).join(QLatin1Char('\n')));
+    }
+
     void scrollFollowsTheNewestLineOnlyWithAutoScroll()
     {
         MessagesConsoleWidget console;
@@ -94,7 +104,7 @@ private Q_SLOTS:
         console.flush();
         console.appendError(2.0, QStringLiteral("E2"), QStringLiteral("pending"));
         console.clear();
-        QTest::qWait(2 * ConsoleWidget::RefreshIntervalMs); // the pending update must not bring lines back
+        FrameClock::instance().finishFrame(); // the pending frame must not bring lines back
         QCOMPARE(console.textView()->toPlainText(), QString());
         console.appendError(3.0, QStringLiteral("E3"), QStringLiteral("after"));
         QCOMPARE(console.text(), QStringLiteral("[3.000] E3 : after"));

@@ -1,0 +1,124 @@
+#include "DashboardWidget.h"
+#include "FrameClock.h"
+
+#include <QTest>
+
+namespace {
+
+// Counts its paints and remembers the value each one showed.
+class FrameProbe : public DashboardWidget
+{
+public:
+    void setValue(double v) override
+    {
+        value = v;
+        markDirty();
+    }
+    QString typeName() const override { return QStringLiteral("FrameProbe"); }
+
+    double value = 0.0;
+    int paints = 0;
+    double painted = -1.0;
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        ++paints;
+        painted = value;
+    }
+};
+
+} // namespace
+
+class tst_FrameClock : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        for (FrameProbe *probe : {&m_busy, &m_idle}) {
+            probe->resize(100, 100);
+            probe->show();
+            QVERIFY(QTest::qWaitForWindowExposed(probe));
+            QTRY_VERIFY(probe->paints > 0);
+        }
+    }
+
+    void init()
+    {
+        QTest::qWait(50);
+        m_busy.paints = m_idle.paints = 0;
+    }
+
+    void cleanup()
+    {
+        FrameClock::instance().start();
+        FrameClock::instance().setFramesPerSecond(FrameClock::DefaultFramesPerSecond);
+    }
+
+    void aBurstPaintsOnceWithItsLastValue()
+    {
+        for (int i = 1; i <= 1000; ++i)
+            m_busy.setValue(i);
+        QCOMPARE(m_busy.value, 1000.0); // the state is there before any paint
+        QTRY_COMPARE(m_busy.paints, 1);
+        QCOMPARE(m_busy.painted, 1000.0);
+        QTest::qWait(100);
+        QCOMPARE(m_busy.paints, 1);
+        QCOMPARE(m_idle.paints, 0);
+    }
+
+    void framesFollowTheRateNotTheData()
+    {
+        FrameClock::instance().setFramesPerSecond(10);
+        const qint64 framesBefore = FrameClock::instance().framesPainted();
+        QElapsedTimer clock;
+        clock.start();
+        for (double v = 0; clock.elapsed() < 500; ++v) {
+            m_busy.setValue(v);
+            QTest::qWait(1);
+        }
+        // 500 ms at 10 frames per second, and a first frame at once.
+        QVERIFY2(FrameClock::instance().framesPainted() - framesBefore <= 6,
+                 qPrintable(QString::number(FrameClock::instance().framesPainted() - framesBefore)));
+        QVERIFY(m_busy.paints <= 7);
+    }
+
+    void aStoppedClockPaintsNothingAndLosesNothing()
+    {
+        FrameClock::instance().stop();
+        m_busy.setValue(42.0);
+        QTest::qWait(100);
+        QCOMPARE(m_busy.paints, 0);
+        FrameClock::instance().start();
+        QTRY_COMPARE(m_busy.paints, 1);
+        QCOMPARE(m_busy.painted, 42.0);
+    }
+
+    void finishFrameLetsPixelTestsPaintAtOnce()
+    {
+        m_busy.setValue(7.0);
+        FrameClock::instance().finishFrame();
+        QCOMPARE(FrameClock::instance().pendingCount(), 0);
+        QCOMPARE(m_busy.grab().isNull(), false);
+        QCOMPARE(m_busy.painted, 7.0);
+    }
+
+    void aDestroyedWidgetLeavesTheClock()
+    {
+        auto *doomed = new FrameProbe;
+        doomed->setValue(1.0);
+        QCOMPARE(FrameClock::instance().pendingCount(), 1);
+        delete doomed;
+        QCOMPARE(FrameClock::instance().pendingCount(), 0);
+        FrameClock::instance().finishFrame();
+    }
+
+private:
+    FrameProbe m_busy;
+    FrameProbe m_idle;
+};
+
+QTEST_MAIN(tst_FrameClock)
+#include "tst_frameclock.moc"
