@@ -97,16 +97,6 @@ void DashboardWidget::applyConfigForm()
 
 void DashboardWidget::markDirty()
 {
-    m_wholeDirty = true;
-    if (m_framePending)
-        return;
-    m_framePending = true;
-    FrameClock::instance().schedule(this);
-}
-
-void DashboardWidget::markDirty(const QRect &area)
-{
-    m_dirtyArea |= area;
     if (m_framePending)
         return;
     m_framePending = true;
@@ -117,14 +107,9 @@ void DashboardWidget::finishFrame()
 {
     m_framePending = false;
     updateFrame();
-    m_wholeDirty = false;
-    m_dirtyArea = QRect();
 }
 
 void DashboardWidget::updateFrame()
 {
-    if (m_wholeDirty)
-        update();
-    else if (!m_dirtyArea.isEmpty())
-        update(m_dirtyArea);
+    update();
 }

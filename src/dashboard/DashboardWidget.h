@@ -55,12 +55,10 @@ protected:
     // The widget's state changed: updateFrame() runs with the next display
     // frame (FrameClock), once however often this is called before it.
     void markDirty();
-    // Only this part of the widget changed (the needle, the digits): the
-    // frame repaints less. Parts add up until the frame.
-    void markDirty(const QRect &area);
     bool isFramePending() const { return m_framePending; }
     // Brings what is on screen up to date with the widget's state; called at
-    // most once per frame. The default repaints what was marked dirty.
+    // most once per frame. The default repaints the whole widget; a widget
+    // that knows which part changed (a needle, the digits) repaints less.
     virtual void updateFrame();
 
     QStringList m_signals;
@@ -70,6 +68,4 @@ private:
     void finishFrame();
 
     bool m_framePending = false;
-    bool m_wholeDirty = false;
-    QRect m_dirtyArea;
 };

@@ -46,10 +46,14 @@ void AnalogGaugeWidget::setValue(double value)
         value = m_max;
     if (!(value > m_min))
         value = m_min;
-    // Only the needle moves: the frame repaints where it was and where it is.
-    const QRect before = needleArea();
     m_value = value;
-    markDirty(before | needleArea());
+    markDirty();
+}
+
+void AnalogGaugeWidget::updateFrame()
+{
+    // Only the needle moved: repaint where it was painted and where it is now.
+    update(m_paintedNeedle | needleArea());
 }
 
 QRect AnalogGaugeWidget::needleArea() const
@@ -236,6 +240,7 @@ void AnalogGaugeWidget::paintEvent(QPaintEvent *event)
     painter.setPen(Qt::NoPen);
     painter.setBrush(Qt::black);
     painter.drawEllipse(QPointF(0, 0), 5, 5);
+    m_paintedNeedle = needleArea();
 
     // Text is the dearest part of a frame; a needle update does not reach it.
     if (event->rect().intersects(captionArea()))

@@ -59,6 +59,7 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void updateFrame() override;
 
 private:
     void dropDialCache();
@@ -80,4 +81,5 @@ private:
     QPointer<QDoubleSpinBox> m_minEdit;
     QPointer<QDoubleSpinBox> m_maxEdit;
     int m_dialRebuilds = 0;
+    QRect m_paintedNeedle;
 };

@@ -39,7 +39,12 @@ DigitalDisplayWidget::DigitalDisplayWidget(QWidget *parent)
 void DigitalDisplayWidget::setValue(double value)
 {
     m_valueLabel->setText(QString::number(value, 'f', m_decimals));
-    markDirty(digitsArea());
+    markDirty();
+}
+
+void DigitalDisplayWidget::updateFrame()
+{
+    update(digitsArea());
 }
 
 QRect DigitalDisplayWidget::digitsArea() const

@@ -47,6 +47,7 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void updateFrame() override;
 
 private:
     void drawDigits(QPainter &painter) const;
