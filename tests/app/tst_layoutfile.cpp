@@ -10,7 +10,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-class TestLayoutFile : public QObject
+class tst_LayoutFile : public QObject
 {
     Q_OBJECT
 
@@ -131,5 +131,5 @@ private:
     LayoutFile::ItemList m_removed;
 };
 
-QTEST_MAIN(TestLayoutFile)
+QTEST_MAIN(tst_LayoutFile)
 #include "tst_layoutfile.moc"

@@ -12,7 +12,7 @@
 // A 20 s recording. The slider is driven through its own API (setSliderDown
 // emits pressed and released, setSliderPosition while down emits moved), as
 // a mouse would.
-class TestPlaybackScrubber : public QObject
+class tst_PlaybackScrubber : public QObject
 {
     Q_OBJECT
 
@@ -150,5 +150,5 @@ private:
     double m_windowMs = 0.0;
 };
 
-QTEST_MAIN(TestPlaybackScrubber)
+QTEST_MAIN(tst_PlaybackScrubber)
 #include "tst_playbackscrubber.moc"

@@ -13,7 +13,7 @@
 #include <limits>
 #include <memory>
 
-class TestDashboardItem : public QObject
+class tst_DashboardItem : public QObject
 {
     Q_OBJECT
 
@@ -284,5 +284,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(TestDashboardItem)
+QTEST_MAIN(tst_DashboardItem)
 #include "tst_dashboarditem.moc"

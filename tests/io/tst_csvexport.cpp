@@ -13,7 +13,7 @@
 
 Q_DECLARE_METATYPE(SignalsExportOptions)
 
-class TestCsvExport : public QObject
+class tst_CsvExport : public QObject
 {
     Q_OBJECT
 
@@ -116,7 +116,7 @@ private:
     SignalDefinitions m_defs;
 };
 
-void TestCsvExport::eventsCellByCell_data()
+void tst_CsvExport::eventsCellByCell_data()
 {
     QTest::addColumn<QByteArray>("recording");
     QTest::addColumn<bool>("catalogue");
@@ -144,7 +144,7 @@ void TestCsvExport::eventsCellByCell_data()
                                                 << QStringLiteral("time,type,key,value,display\n");
 }
 
-void TestCsvExport::signalsCellByCell_data()
+void tst_CsvExport::signalsCellByCell_data()
 {
     QTest::addColumn<SignalsExportOptions>("options");
     QTest::addColumn<QString>("csv");
@@ -172,7 +172,7 @@ void TestCsvExport::signalsCellByCell_data()
     QTest::newRow("absurd rate") << SignalsExportOptions{{"A"}, 1e300, false} << QString();
 }
 
-void TestCsvExport::failedExportLeavesTargetAlone()
+void tst_CsvExport::failedExportLeavesTargetAlone()
 {
     QFETCH(QString, kind);
     QFETCH(QString, failure);
@@ -214,5 +214,5 @@ void TestCsvExport::failedExportLeavesTargetAlone()
     QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden), hadFile ? QStringList{"out.csv"} : QStringList());
 }
 
-QTEST_GUILESS_MAIN(TestCsvExport)
+QTEST_GUILESS_MAIN(tst_CsvExport)
 #include "tst_csvexport.moc"

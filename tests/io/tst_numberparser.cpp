@@ -7,7 +7,7 @@
 
 // NumberParser must agree with QString::toDouble on every text: the same
 // verdict and, for numbers, the same bits.
-class TestNumberParser : public QObject
+class tst_NumberParser : public QObject
 {
     Q_OBJECT
 
@@ -36,7 +36,7 @@ static QString mismatch(const QString &text)
         QVERIFY2(failure.isEmpty(), qPrintable(failure));                                                              \
     } while (false)
 
-void TestNumberParser::agreesOnChosenTexts()
+void tst_NumberParser::agreesOnChosenTexts()
 {
     // Signs, points and exponents at the edges of the plain form, the limits
     // of the double range, and the forms a locale or another language allows.
@@ -61,7 +61,7 @@ void TestNumberParser::agreesOnChosenTexts()
 
 // Every combination of sign, integer digits, fraction and exponent a device
 // might send, plain and with junk around it, then random mantissas.
-void TestNumberParser::agreesOnGeneratedDecimals()
+void tst_NumberParser::agreesOnGeneratedDecimals()
 {
     const QStringList signs = {"", "+", "-"};
     const QStringList integers = {"", "0", "00", "1", "007", "42", "65535", "9007199254740993", "123456789012345678901"};
@@ -95,7 +95,7 @@ void TestNumberParser::agreesOnGeneratedDecimals()
 }
 
 // Random texts from the characters that matter.
-void TestNumberParser::agreesOnRandomJunk()
+void tst_NumberParser::agreesOnRandomJunk()
 {
     const QString alphabet = QStringLiteral("0123456789+-.eE,x infaINFA\t\u00a0\u0663");
     QRandomGenerator random(7);
@@ -107,5 +107,5 @@ void TestNumberParser::agreesOnRandomJunk()
     }
 }
 
-QTEST_GUILESS_MAIN(TestNumberParser)
+QTEST_GUILESS_MAIN(tst_NumberParser)
 #include "tst_numberparser.moc"

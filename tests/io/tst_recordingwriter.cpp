@@ -41,7 +41,7 @@ private:
     void (*m_handler)(int) = nullptr;
 };
 
-class TestRecordingWriter : public QObject
+class tst_RecordingWriter : public QObject
 {
     Q_OBJECT
 
@@ -75,7 +75,7 @@ private:
     std::unique_ptr<QTemporaryDir> m_dir;
 };
 
-void TestRecordingWriter::lineForms()
+void tst_RecordingWriter::lineForms()
 {
     RecordingWriter writer;
     QVERIFY2(writer.start(m_dir->path(), definitions()), qPrintable(writer.errorString()));
@@ -119,7 +119,7 @@ void TestRecordingWriter::lineForms()
 // started now take new names beside them and leave them untouched, and the
 // stale companions left under the new names (their recordings were deleted)
 // do not survive.
-void TestRecordingWriter::newFilesBesideExistingOnes()
+void tst_RecordingWriter::newFilesBesideExistingOnes()
 {
     QCOMPARE(RecordingWriter::fileNameFor(QDateTime(QDate(2024, 1, 1), QTime(12, 0, 0))),
              QStringLiteral("log_20240101_120000.rec"));
@@ -156,7 +156,7 @@ void TestRecordingWriter::newFilesBesideExistingOnes()
         QCOMPARE(readFile(path), QByteArray("0 KEEP=1\n"));
 }
 
-void TestRecordingWriter::failuresAndMisuse()
+void tst_RecordingWriter::failuresAndMisuse()
 {
     RecordingWriter writer;
     writer.appendValues(1.0, {{QStringLiteral("A"), 1.0}}); // not recording: ignored
@@ -184,5 +184,5 @@ void TestRecordingWriter::failuresAndMisuse()
     QCOMPARE(failed.count(), 1);
 }
 
-QTEST_GUILESS_MAIN(TestRecordingWriter)
+QTEST_GUILESS_MAIN(tst_RecordingWriter)
 #include "tst_recordingwriter.moc"

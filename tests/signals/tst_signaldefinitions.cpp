@@ -4,7 +4,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-class TestSignalDefinitions : public QObject
+class tst_SignalDefinitions : public QObject
 {
     Q_OBJECT
 
@@ -137,5 +137,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestSignalDefinitions)
+QTEST_GUILESS_MAIN(tst_SignalDefinitions)
 #include "tst_signaldefinitions.moc"

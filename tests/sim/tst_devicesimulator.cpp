@@ -9,7 +9,7 @@
 
 #include <cmath>
 
-class TestDeviceSimulator : public QObject
+class tst_DeviceSimulator : public QObject
 {
     Q_OBJECT
 
@@ -56,7 +56,7 @@ private:
 
 // Every token is a declared signal's value (raw ADC counts where a mapping
 // exists), a declared state, a declared error or a word of a message.
-void TestDeviceSimulator::linesFollowTheGrammar()
+void tst_DeviceSimulator::linesFollowTheGrammar()
 {
     DeviceSimulator simulator(m_demo, 5);
     QSet<QString> messageWords;
@@ -86,7 +86,7 @@ void TestDeviceSimulator::linesFollowTheGrammar()
 
 // Five minutes at 50 lines/s: each group cycles through its states in
 // declared order; errors and messages come now and then, not on every line.
-void TestDeviceSimulator::statesCycleAndEventsAreOccasional()
+void tst_DeviceSimulator::statesCycleAndEventsAreOccasional()
 {
     DeviceSimulator simulator(m_demo, 4);
     const int count = 50 * 300;
@@ -114,7 +114,7 @@ void TestDeviceSimulator::statesCycleAndEventsAreOccasional()
     QVERIFY(messages >= 5 && messages < count / 50);
 }
 
-void TestDeviceSimulator::sparseDefinitionsStillGiveLines()
+void tst_DeviceSimulator::sparseDefinitionsStillGiveLines()
 {
     const QByteArray cases[] = {"", "DASHBOARD_STATE(MODE, RUN, \"Run\")\n", "DASHBOARD_ERROR(E1, 1, \"One\")\n",
                                 "DASHBOARD_SIGNAL(A, \"A\", float)\nDASHBOARD_MAPPING(A, 1, 0)\n"}; // zero scale
@@ -133,5 +133,5 @@ void TestDeviceSimulator::sparseDefinitionsStillGiveLines()
     }
 }
 
-QTEST_GUILESS_MAIN(TestDeviceSimulator)
+QTEST_GUILESS_MAIN(tst_DeviceSimulator)
 #include "tst_devicesimulator.moc"
