@@ -4,8 +4,8 @@
 #include "DashboardItem.h"
 #include "DesignScene.h"
 #include "LayoutFile.h"
+#include "TestFiles.h"
 
-#include <QFile>
 #include <QMainWindow>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -123,8 +123,8 @@ private Q_SLOTS:
 private:
     QString write(const QString &name, const QByteArray &contents)
     {
-        QFile file(m_dir.filePath(name));
-        return file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size() ? file.fileName() : QString();
+        const QString path = m_dir.filePath(name);
+        return writeFile(path, contents) ? path : QString();
     }
 
     QTemporaryDir m_dir;

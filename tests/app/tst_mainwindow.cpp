@@ -191,7 +191,7 @@ private Q_SLOTS:
 
         const QString path = f.project + QStringLiteral("/layouts/bench.json");
         QVERIFY(f.window->saveLayoutTo(path));
-        const QByteArray bytes = WindowFixture::readFile(path);
+        const QByteArray bytes = readFile(path);
         QVERIFY(bytes.contains("\n    \"items\"")); // indented
         const QJsonArray items = QJsonDocument::fromJson(bytes).object().value(QStringLiteral("items")).toArray();
         QCOMPARE(items.size(), 4);
@@ -237,7 +237,7 @@ private Q_SLOTS:
         f.add(QStringLiteral("AnalogGauge"));
         const QString path = f.project + QStringLiteral("/layouts/broken.json");
         if (!content.isEmpty())
-            QVERIFY(WindowFixture::writeFile(path, content));
+            QVERIFY(writeFile(path, content));
         if (operation == QLatin1String("save"))
             QVERIFY(!f.window->saveLayoutTo(f.project + QStringLiteral("/missing/folder/layout.json")));
         else
@@ -251,7 +251,7 @@ private Q_SLOTS:
         WindowFixture f;
         f.add(QStringLiteral("AnalogGauge"));
         const QString path = f.project + QStringLiteral("/layouts/empty.json");
-        QVERIFY(WindowFixture::writeFile(path, "{}"));
+        QVERIFY(writeFile(path, "{}"));
 
         // The dialog's answer is loaded; a layout without "items" empties the dashboard.
         f.prompts->fileAnswers = {path};

@@ -142,12 +142,12 @@ private Q_SLOTS:
         f.window->stopButton();
         QCOMPARE(f.window->mode(), Ombrix::Idle);
         QCOMPARE(f.window->statusBar()->currentMessage(), QStringLiteral("Recording stopped."));
-        QCOMPARE(WindowFixture::readFile(path), QByteArray("0.000000 RPM=100 TEMP=20\n"
-                                                           "0.500000 ST_MODE=RUN\n"
-                                                           "0.500000 ERR=E_HOT\n"
-                                                           "1.000000 RAWhello world\n"
-                                                           "2.250000 A=0.333333333333 RPM=1.5\n"));
-        QCOMPARE(WindowFixture::readFile(Recording::companionPathFor(path)), WindowFixture::definitions());
+        QCOMPARE(readFile(path), QByteArray("0.000000 RPM=100 TEMP=20\n"
+                                            "0.500000 ST_MODE=RUN\n"
+                                            "0.500000 ERR=E_HOT\n"
+                                            "1.000000 RAWhello world\n"
+                                            "2.250000 A=0.333333333333 RPM=1.5\n"));
+        QCOMPARE(readFile(Recording::companionPathFor(path)), WindowFixture::definitions());
 
         // The new recording becomes the playback file, loaded and rewound.
         QCOMPARE(f.window->toolBars()->playbackFileLabel->text(), QFileInfo(path).fileName());
@@ -180,7 +180,7 @@ private Q_SLOTS:
         QTRY_COMPARE(f.window->mode(), Ombrix::Idle);
         if (!userDisconnects)
             QVERIFY(f.window->statusBar()->currentMessage().contains(QFileInfo(path).fileName()));
-        QCOMPARE(WindowFixture::readFile(path), QByteArray("0.000000 RPM=1\n1.000000 RPM=2\n"));
+        QCOMPARE(readFile(path), QByteArray("0.000000 RPM=1\n1.000000 RPM=2\n"));
     }
 
     void refusedWritesAreReported()
@@ -225,7 +225,7 @@ private Q_SLOTS:
         // Another recording chosen while paused plays from its own start.
         f.window->stopButton();
         const QString other = f.project + QStringLiteral("/recordings/other.rec");
-        QVERIFY(WindowFixture::writeFile(other, "0.000000 RPM=400\n1.000000 RPM=500\n"));
+        QVERIFY(writeFile(other, "0.000000 RPM=400\n1.000000 RPM=500\n"));
         f.window->setPlaybackFile(other);
         f.window->playButton();
         QCOMPARE(f.gauge->value(), 210.0);
@@ -277,8 +277,8 @@ private Q_SLOTS:
     {
         PlaybackFixture f;
         // The recording was made with RPM mapped as raw * 2.
-        QVERIFY(WindowFixture::writeFile(Recording::companionPathFor(f.recording),
-                                         "DASHBOARD_SIGNAL(RPM, \"Speed\", float)\nDASHBOARD_MAPPING(RPM, 0, 2)\n"));
+        QVERIFY(writeFile(Recording::companionPathFor(f.recording),
+                          "DASHBOARD_SIGNAL(RPM, \"Speed\", float)\nDASHBOARD_MAPPING(RPM, 0, 2)\n"));
         f.window->toolBars()->useRecordingDefinitionsBox->setChecked(true);
         f.play(0);
         QCOMPARE(f.gauge->value(), 200.0);
@@ -321,7 +321,7 @@ private Q_SLOTS:
         f.window->setPlaybackFile(f.recording);
         const QString exports = f.project + QStringLiteral("/exports/");
         auto path = [&](const char *name) -> QString { return exports + QLatin1String(name); };
-        auto read = [&](const char *name) { return WindowFixture::readFile(path(name)); };
+        auto read = [&](const char *name) { return readFile(path(name)); };
         QVERIFY(f.window->exportEventsTo(path("events.csv")));
         QCOMPARE(f.window->statusBar()->currentMessage(), QStringLiteral("Events CSV exported → events.csv"));
         QVERIFY(EventsCsvExporter::exportTo(path("reference.csv"), f.window->engine()->frames(), f.window->definitions()));
@@ -350,8 +350,8 @@ private Q_SLOTS:
         const QString demo = QStringLiteral(OMBRIX_SOURCE_DIR "/examples/demo");
         QTemporaryDir root;
         const QString project = root.filePath(QStringLiteral("bench"));
-        QVERIFY(WindowFixture::writeFile(project + QStringLiteral("/dashboard_signals.def"),
-                                         WindowFixture::readFile(demo + QStringLiteral("/dashboard_signals.def"))));
+        QVERIFY(writeFile(project + QStringLiteral("/dashboard_signals.def"),
+                          readFile(demo + QStringLiteral("/dashboard_signals.def"))));
         const QString link = root.filePath(QStringLiteral("device"));
 
         QProcess simulator;
