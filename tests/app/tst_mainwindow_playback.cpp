@@ -2,6 +2,7 @@
 
 #include "AnalogGaugeWidget.h"
 #include "ClickableLabel.h"
+#include "DiskFull.h"
 #include "ErrorConsoleWidget.h"
 #include "EventsCsvExporter.h"
 #include "MainToolBars.h"
@@ -21,9 +22,6 @@
 #include <QStatusBar>
 #include <QToolButton>
 
-#include <csignal>
-#include <sys/resource.h>
-
 namespace {
 
 const QByteArray kRecording = QByteArrayLiteral("0.000000 RPM=100 TEMP=20\n"
@@ -35,27 +33,6 @@ const QByteArray kRecording = QByteArrayLiteral("0.000000 RPM=100 TEMP=20\n"
                                                 "2.000000 RAWsecond message\n"
                                                 "3.000000 RPM=300\n"
                                                 "3.000000 ST_MODE=STOP\n");
-
-// While it lives, no file of this process may grow, as on a full disk.
-class DiskFull
-{
-public:
-    DiskFull() : m_handler(std::signal(SIGXFSZ, SIG_IGN))
-    {
-        getrlimit(RLIMIT_FSIZE, &m_saved);
-        const rlimit none{0, m_saved.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &none);
-    }
-    ~DiskFull()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_saved);
-        std::signal(SIGXFSZ, m_handler);
-    }
-
-private:
-    rlimit m_saved = {};
-    void (*m_handler)(int) = nullptr;
-};
 
 // Connects the window to the pseudo-terminal and starts recording.
 bool startRecording(WindowFixture &f, PtyPair &pty)

@@ -1,45 +1,20 @@
+#include "DiskFull.h"
 #include "Recording.h"
 #include "RecordingWriter.h"
 #include "TestFiles.h"
 
 #include <QDateTime>
 #include <QDir>
-#include <QFile>
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
-
-#include <csignal>
-#include <sys/resource.h>
 
 // Writes content to path; returns path, or nothing when the write failed.
 static QString written(const QString &path, const QByteArray &content)
 {
     return writeFile(path, content) ? path : QString();
 }
-
-// Files of this process may grow no further while it lives, as on a full disk.
-class FileSizeLimit
-{
-public:
-    FileSizeLimit()
-    {
-        getrlimit(RLIMIT_FSIZE, &m_saved);
-        m_handler = std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit none = {0, m_saved.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &none);
-    }
-    ~FileSizeLimit()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_saved);
-        std::signal(SIGXFSZ, m_handler);
-    }
-
-private:
-    rlimit m_saved = {};
-    void (*m_handler)(int) = nullptr;
-};
 
 class tst_RecordingWriter : public QObject
 {
@@ -177,7 +152,7 @@ void tst_RecordingWriter::failuresAndMisuse()
     // The last few lines are refused when they reach the disk: the loss is reported.
     QSignalSpy failed(&writer, &RecordingWriter::writeFailed);
     {
-        const FileSizeLimit full;
+        const DiskFull full;
         writer.appendMessage(0, QStringLiteral("lost"));
         writer.stop();
     }
