@@ -87,7 +87,8 @@ private Q_SLOTS:
         // follows its new signal while the device streams on.
         f.window->designButton();
         other->setSignalNames({QStringLiteral("RPM")});
-        QTRY_VERIFY((pty.write("RPM=100\n"), other->value() == 60.0));
+        QVERIFY(pty.write("RPM=100\n"));
+        QTRY_COMPARE(other->value(), 60.0);
 
         QTest::mouseClick(f.window->toolBars()->connectButton, Qt::LeftButton);
         QCOMPARE(f.window->toolBars()->connectButton->text(), QStringLiteral("Connect"));
