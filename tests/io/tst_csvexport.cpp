@@ -196,7 +196,11 @@ void tst_CsvExport::failedExportLeavesTargetAlone()
         QVERIFY(QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner));
     }
     qint64 done = -1, total = -1;
-    const auto cancel = [&](qint64 d, qint64 t) { return done = d, total = t, false; };
+    const auto cancel = [&](qint64 d, qint64 t) {
+        done = d;
+        total = t;
+        return false;
+    };
     QString error;
     const QString target = folder + u"/out.csv";
     const Recording::Progress progress = cancelled ? cancel : Recording::Progress();

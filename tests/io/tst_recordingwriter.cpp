@@ -10,12 +10,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-// Writes content to path; returns path, or nothing when the write failed.
-static QString written(const QString &path, const QByteArray &content)
-{
-    return writeFile(path, content) ? path : QString();
-}
-
 class tst_RecordingWriter : public QObject
 {
     Q_OBJECT
@@ -44,7 +38,8 @@ private Q_SLOTS:
 private:
     QString definitions(const QByteArray &content = "DASHBOARD_SIGNAL(A, \"a\", float)\n")
     {
-        return written(m_dir->filePath(QStringLiteral("dashboard_signals.def")), content);
+        const QString path = m_dir->filePath(QStringLiteral("dashboard_signals.def"));
+        return writeFile(path, content) ? path : QString();
     }
 
     std::unique_ptr<QTemporaryDir> m_dir;
@@ -104,7 +99,8 @@ void tst_RecordingWriter::newFilesBesideExistingOnes()
     const QDateTime now = QDateTime::currentDateTime();
     QStringList existing;
     for (int s = 0; s < 3; ++s) {
-        existing.append(written(recordings.filePath(RecordingWriter::fileNameFor(now.addSecs(s))), "0 KEEP=1\n"));
+        existing.append(recordings.filePath(RecordingWriter::fileNameFor(now.addSecs(s))));
+        QVERIFY(writeFile(existing.last(), "0 KEEP=1\n"));
         for (const char *suffix : {"_1.rec", "_2.rec"})
             writeFile(Recording::companionPathFor(existing.last().chopped(4) + QLatin1String(suffix)), "stale");
     }
@@ -138,7 +134,8 @@ void tst_RecordingWriter::failuresAndMisuse()
     QCOMPARE(writer.linesWritten(), 0);
 
     // The project "folder" is a file: neither the folder nor the file can be made.
-    const QString notADir = written(m_dir->filePath(QStringLiteral("plain-file")), "x");
+    const QString notADir = m_dir->filePath(QStringLiteral("plain-file"));
+    QVERIFY(writeFile(notADir, "x"));
     QVERIFY(!writer.start(notADir, definitions()));
     QVERIFY(!writer.isRecording());
     QCOMPARE(writer.errorString(), QStringLiteral("Could not open file for writing."));
