@@ -84,13 +84,6 @@ private Q_SLOTS:
         QCOMPARE(copy->toJson(), record);
     }
 
-    void recordWithoutKnownTypeBuildsNothing()
-    {
-        QCOMPARE(DashboardItem::fromJson(QJsonObject{{"width", 200}}), nullptr);
-        for (const char *type : {"", "NoSuchWidget", "testprobe"})
-            QCOMPARE(DashboardItem::fromJson(QJsonObject{{"type", type}}), nullptr);
-    }
-
     void recordValuesFallBackToDefaults_data()
     {
         const double nan = std::numeric_limits<double>::quiet_NaN();
