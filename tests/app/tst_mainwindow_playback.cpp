@@ -331,10 +331,13 @@ private Q_SLOTS:
                           readFile(demo + QStringLiteral("/dashboard_signals.def"))));
         const QString link = root.filePath(QStringLiteral("device"));
 
+        // With the device's own time stamps every line is a frame of its own,
+        // however many lines one read of the port brings in.
         QProcess simulator;
         simulator.start(qEnvironmentVariable("OMBRIX_CLI"),
                         {QStringLiteral("simulate"), QStringLiteral("--project"), project, QStringLiteral("--link"), link,
-                         QStringLiteral("--rate"), QStringLiteral("200"), QStringLiteral("--duration"), QStringLiteral("30")});
+                         QStringLiteral("--rate"), QStringLiteral("200"), QStringLiteral("--duration"), QStringLiteral("30"),
+                         QStringLiteral("--timestamps")});
         QVERIFY2(simulator.waitForStarted(), qPrintable(simulator.errorString()));
         QTRY_VERIFY(QFileInfo::exists(link));
 
