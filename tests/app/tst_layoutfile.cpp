@@ -4,13 +4,13 @@
 #include "DashboardItem.h"
 #include "DesignScene.h"
 #include "LayoutFile.h"
+#include "TestFiles.h"
 
-#include <QFile>
 #include <QMainWindow>
 #include <QTemporaryDir>
 #include <QtTest>
 
-class TestLayoutFile : public QObject
+class tst_LayoutFile : public QObject
 {
     Q_OBJECT
 
@@ -123,13 +123,13 @@ private Q_SLOTS:
 private:
     QString write(const QString &name, const QByteArray &contents)
     {
-        QFile file(m_dir.filePath(name));
-        return file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size() ? file.fileName() : QString();
+        const QString path = m_dir.filePath(name);
+        return writeFile(path, contents) ? path : QString();
     }
 
     QTemporaryDir m_dir;
     LayoutFile::ItemList m_removed;
 };
 
-QTEST_MAIN(TestLayoutFile)
+QTEST_MAIN(tst_LayoutFile)
 #include "tst_layoutfile.moc"

@@ -87,7 +87,8 @@ private Q_SLOTS:
         // follows its new signal while the device streams on.
         f.window->designButton();
         other->setSignalNames({QStringLiteral("RPM")});
-        QTRY_VERIFY((pty.write("RPM=100\n"), other->value() == 60.0));
+        QVERIFY(pty.write("RPM=100\n"));
+        QTRY_COMPARE(other->value(), 60.0);
 
         QTest::mouseClick(f.window->toolBars()->connectButton, Qt::LeftButton);
         QCOMPARE(f.window->toolBars()->connectButton->text(), QStringLiteral("Connect"));
@@ -191,7 +192,7 @@ private Q_SLOTS:
 
         const QString path = f.project + QStringLiteral("/layouts/bench.json");
         QVERIFY(f.window->saveLayoutTo(path));
-        const QByteArray bytes = WindowFixture::readFile(path);
+        const QByteArray bytes = readFile(path);
         QVERIFY(bytes.contains("\n    \"items\"")); // indented
         const QJsonArray items = QJsonDocument::fromJson(bytes).object().value(QStringLiteral("items")).toArray();
         QCOMPARE(items.size(), 4);
@@ -237,7 +238,7 @@ private Q_SLOTS:
         f.add(QStringLiteral("AnalogGauge"));
         const QString path = f.project + QStringLiteral("/layouts/broken.json");
         if (!content.isEmpty())
-            QVERIFY(WindowFixture::writeFile(path, content));
+            QVERIFY(writeFile(path, content));
         if (operation == QLatin1String("save"))
             QVERIFY(!f.window->saveLayoutTo(f.project + QStringLiteral("/missing/folder/layout.json")));
         else
@@ -251,7 +252,7 @@ private Q_SLOTS:
         WindowFixture f;
         f.add(QStringLiteral("AnalogGauge"));
         const QString path = f.project + QStringLiteral("/layouts/empty.json");
-        QVERIFY(WindowFixture::writeFile(path, "{}"));
+        QVERIFY(writeFile(path, "{}"));
 
         // The dialog's answer is loaded; a layout without "items" empties the dashboard.
         f.prompts->fileAnswers = {path};

@@ -2,6 +2,7 @@
 
 #include "AnalogGaugeWidget.h"
 #include "ClickableLabel.h"
+#include "DiskFull.h"
 #include "ErrorConsoleWidget.h"
 #include "EventsCsvExporter.h"
 #include "MainToolBars.h"
@@ -21,9 +22,6 @@
 #include <QStatusBar>
 #include <QToolButton>
 
-#include <csignal>
-#include <sys/resource.h>
-
 namespace {
 
 const QByteArray kRecording = QByteArrayLiteral("0.000000 RPM=100 TEMP=20\n"
@@ -35,27 +33,6 @@ const QByteArray kRecording = QByteArrayLiteral("0.000000 RPM=100 TEMP=20\n"
                                                 "2.000000 RAWsecond message\n"
                                                 "3.000000 RPM=300\n"
                                                 "3.000000 ST_MODE=STOP\n");
-
-// While it lives, no file of this process may grow, as on a full disk.
-class DiskFull
-{
-public:
-    DiskFull() : m_handler(std::signal(SIGXFSZ, SIG_IGN))
-    {
-        getrlimit(RLIMIT_FSIZE, &m_saved);
-        const rlimit none{0, m_saved.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &none);
-    }
-    ~DiskFull()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_saved);
-        std::signal(SIGXFSZ, m_handler);
-    }
-
-private:
-    rlimit m_saved = {};
-    void (*m_handler)(int) = nullptr;
-};
 
 // Connects the window to the pseudo-terminal and starts recording.
 bool startRecording(WindowFixture &f, PtyPair &pty)
@@ -142,12 +119,12 @@ private Q_SLOTS:
         f.window->stopButton();
         QCOMPARE(f.window->mode(), Ombrix::Idle);
         QCOMPARE(f.window->statusBar()->currentMessage(), QStringLiteral("Recording stopped."));
-        QCOMPARE(WindowFixture::readFile(path), QByteArray("0.000000 RPM=100 TEMP=20\n"
-                                                           "0.500000 ST_MODE=RUN\n"
-                                                           "0.500000 ERR=E_HOT\n"
-                                                           "1.000000 RAWhello world\n"
-                                                           "2.250000 A=0.333333333333 RPM=1.5\n"));
-        QCOMPARE(WindowFixture::readFile(Recording::companionPathFor(path)), WindowFixture::definitions());
+        QCOMPARE(readFile(path), QByteArray("0.000000 RPM=100 TEMP=20\n"
+                                            "0.500000 ST_MODE=RUN\n"
+                                            "0.500000 ERR=E_HOT\n"
+                                            "1.000000 RAWhello world\n"
+                                            "2.250000 A=0.333333333333 RPM=1.5\n"));
+        QCOMPARE(readFile(Recording::companionPathFor(path)), WindowFixture::definitions());
 
         // The new recording becomes the playback file, loaded and rewound.
         QCOMPARE(f.window->toolBars()->playbackFileLabel->text(), QFileInfo(path).fileName());
@@ -180,7 +157,7 @@ private Q_SLOTS:
         QTRY_COMPARE(f.window->mode(), Ombrix::Idle);
         if (!userDisconnects)
             QVERIFY(f.window->statusBar()->currentMessage().contains(QFileInfo(path).fileName()));
-        QCOMPARE(WindowFixture::readFile(path), QByteArray("0.000000 RPM=1\n1.000000 RPM=2\n"));
+        QCOMPARE(readFile(path), QByteArray("0.000000 RPM=1\n1.000000 RPM=2\n"));
     }
 
     void refusedWritesAreReported()
@@ -225,7 +202,7 @@ private Q_SLOTS:
         // Another recording chosen while paused plays from its own start.
         f.window->stopButton();
         const QString other = f.project + QStringLiteral("/recordings/other.rec");
-        QVERIFY(WindowFixture::writeFile(other, "0.000000 RPM=400\n1.000000 RPM=500\n"));
+        QVERIFY(writeFile(other, "0.000000 RPM=400\n1.000000 RPM=500\n"));
         f.window->setPlaybackFile(other);
         f.window->playButton();
         QCOMPARE(f.gauge->value(), 210.0);
@@ -277,8 +254,8 @@ private Q_SLOTS:
     {
         PlaybackFixture f;
         // The recording was made with RPM mapped as raw * 2.
-        QVERIFY(WindowFixture::writeFile(Recording::companionPathFor(f.recording),
-                                         "DASHBOARD_SIGNAL(RPM, \"Speed\", float)\nDASHBOARD_MAPPING(RPM, 0, 2)\n"));
+        QVERIFY(writeFile(Recording::companionPathFor(f.recording),
+                          "DASHBOARD_SIGNAL(RPM, \"Speed\", float)\nDASHBOARD_MAPPING(RPM, 0, 2)\n"));
         f.window->toolBars()->useRecordingDefinitionsBox->setChecked(true);
         f.play(0);
         QCOMPARE(f.gauge->value(), 200.0);
@@ -321,7 +298,7 @@ private Q_SLOTS:
         f.window->setPlaybackFile(f.recording);
         const QString exports = f.project + QStringLiteral("/exports/");
         auto path = [&](const char *name) -> QString { return exports + QLatin1String(name); };
-        auto read = [&](const char *name) { return WindowFixture::readFile(path(name)); };
+        auto read = [&](const char *name) { return readFile(path(name)); };
         QVERIFY(f.window->exportEventsTo(path("events.csv")));
         QCOMPARE(f.window->statusBar()->currentMessage(), QStringLiteral("Events CSV exported → events.csv"));
         QVERIFY(EventsCsvExporter::exportTo(path("reference.csv"), f.window->engine()->frames(), f.window->definitions()));
@@ -350,14 +327,17 @@ private Q_SLOTS:
         const QString demo = QStringLiteral(OMBRIX_SOURCE_DIR "/examples/demo");
         QTemporaryDir root;
         const QString project = root.filePath(QStringLiteral("bench"));
-        QVERIFY(WindowFixture::writeFile(project + QStringLiteral("/dashboard_signals.def"),
-                                         WindowFixture::readFile(demo + QStringLiteral("/dashboard_signals.def"))));
+        QVERIFY(writeFile(project + QStringLiteral("/dashboard_signals.def"),
+                          readFile(demo + QStringLiteral("/dashboard_signals.def"))));
         const QString link = root.filePath(QStringLiteral("device"));
 
+        // With the device's own time stamps every line is a frame of its own,
+        // however many lines one read of the port brings in.
         QProcess simulator;
         simulator.start(qEnvironmentVariable("OMBRIX_CLI"),
                         {QStringLiteral("simulate"), QStringLiteral("--project"), project, QStringLiteral("--link"), link,
-                         QStringLiteral("--rate"), QStringLiteral("200"), QStringLiteral("--duration"), QStringLiteral("30")});
+                         QStringLiteral("--rate"), QStringLiteral("200"), QStringLiteral("--duration"), QStringLiteral("30"),
+                         QStringLiteral("--timestamps")});
         QVERIFY2(simulator.waitForStarted(), qPrintable(simulator.errorString()));
         QTRY_VERIFY(QFileInfo::exists(link));
 

@@ -1,7 +1,7 @@
 #include "PlaybackScrubber.h"
 #include "SignalPlaybackEngine.h"
+#include "TestFiles.h"
 
-#include <QFile>
 #include <QSignalSpy>
 #include <QSlider>
 #include <QTemporaryDir>
@@ -12,22 +12,22 @@
 // A 20 s recording. The slider is driven through its own API (setSliderDown
 // emits pressed and released, setSliderPosition while down emits moved), as
 // a mouse would.
-class TestPlaybackScrubber : public QObject
+class tst_PlaybackScrubber : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void init()
     {
-        QFile file(m_dir.filePath(QStringLiteral("r.rec")));
-        QVERIFY(file.open(QIODevice::WriteOnly));
+        QByteArray recording;
         for (int i = 0; i <= 40; ++i)
-            file.write(QByteArray::number(i * 0.5, 'f', 6) + " A=" + QByteArray::number(i) + "\n");
-        file.close();
+            recording += QByteArray::number(i * 0.5, 'f', 6) + " A=" + QByteArray::number(i) + "\n";
+        const QString path = m_dir.filePath(QStringLiteral("r.rec"));
+        QVERIFY(writeFile(path, recording));
 
         m_slider = std::make_unique<QSlider>(Qt::Horizontal);
         m_engine = std::make_unique<SignalPlaybackEngine>();
-        QVERIFY(m_engine->load(file.fileName()));
+        QVERIFY(m_engine->load(path));
         m_scrubber = std::make_unique<PlaybackScrubber>(m_slider.get(), m_engine.get());
         m_playMode = false;
         m_windowMs = 0.0;
@@ -150,5 +150,5 @@ private:
     double m_windowMs = 0.0;
 };
 
-QTEST_MAIN(TestPlaybackScrubber)
+QTEST_MAIN(tst_PlaybackScrubber)
 #include "tst_playbackscrubber.moc"

@@ -3,7 +3,7 @@
 #include <QProgressDialog>
 #include <QtTest>
 
-class TestProgressRunner : public QObject
+class tst_ProgressRunner : public QObject
 {
     Q_OBJECT
 
@@ -13,7 +13,7 @@ private Q_SLOTS:
     void cancelStopsTheWork();
 };
 
-void TestProgressRunner::quickWorkShowsNothing()
+void tst_ProgressRunner::quickWorkShowsNothing()
 {
     QWidget window;
     ProgressRunner runner(QStringLiteral("Exporting"), &window);
@@ -26,7 +26,7 @@ void TestProgressRunner::quickWorkShowsNothing()
 
 // The dialog's Cancel button is how a user stops a long export: from then
 // on every report answers false.
-void TestProgressRunner::cancelStopsTheWork()
+void tst_ProgressRunner::cancelStopsTheWork()
 {
     QWidget window;
     window.show();
@@ -42,5 +42,5 @@ void TestProgressRunner::cancelStopsTheWork()
     QVERIFY(runner.wasCancelled());
 }
 
-QTEST_MAIN(TestProgressRunner)
+QTEST_MAIN(tst_ProgressRunner)
 #include "tst_progressrunner.moc"

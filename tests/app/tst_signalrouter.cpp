@@ -8,8 +8,8 @@
 #include "SignalDefinitions.h"
 #include "SignalRouter.h"
 #include "StateIndicatorWidget.h"
+#include "TestFiles.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -259,9 +259,8 @@ private:
     bool load(SignalDefinitions &defs, const QByteArray &text)
     {
         static int counter = 0;
-        QFile file(m_dir.filePath(QStringLiteral("defs%1.def").arg(++counter)));
-        return file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.flush()
-            && defs.load(file.fileName());
+        const QString path = m_dir.filePath(QStringLiteral("defs%1.def").arg(++counter));
+        return writeFile(path, text) && defs.load(path);
     }
 
     QTemporaryDir m_dir;

@@ -17,7 +17,7 @@ static QString describe(const SignalsExportOptions &options)
         + (options.applyMappings ? u"mapped" : u"raw");
 }
 
-class TestSignalsExportDialog : public QObject
+class tst_SignalsExportDialog : public QObject
 {
     Q_OBJECT
 
@@ -54,5 +54,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(TestSignalsExportDialog)
+QTEST_MAIN(tst_SignalsExportDialog)
 #include "tst_signalsexportdialog.moc"

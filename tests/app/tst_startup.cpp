@@ -1,15 +1,21 @@
-#include "WindowFixture.h"
-
+#include "Dashboard.h"
 #include "MainToolBars.h"
+#include "Ombrix.h"
 #include "PtyPair.h"
+#include "ScriptedPrompts.h"
 #include "SerialManager.h"
 #include "SignalDefinitions.h"
 #include "StartupOptions.h"
+#include "TestFiles.h"
 
+#include <QDir>
 #include <QProcess>
 #include <QSettings>
 #include <QSignalSpy>
+#include <QStandardPaths>
 #include <QStatusBar>
+#include <QTemporaryDir>
+#include <QTest>
 
 #include <algorithm>
 #include <csignal>
@@ -125,7 +131,7 @@ private Q_SLOTS:
         QFETCH(QString, signal);
         const QString project = makeProject(QStringLiteral("project"), "DASHBOARD_SIGNAL(OWN, \"own\", float)\n");
         const QString defPath = project + QLatin1String("/variant.def");
-        QVERIFY(WindowFixture::writeFile(defPath, kDefinitions));
+        QVERIFY(writeFile(defPath, kDefinitions));
         const QString other = makeProject(QStringLiteral("other"));
 
         Ombrix window;
@@ -146,7 +152,7 @@ private Q_SLOTS:
         QDir(m_root->path()).mkpath(QStringLiteral("work"));
         QDir::setCurrent(m_root->filePath(QStringLiteral("work")));
         const QString defPath = m_root->filePath(QStringLiteral("loose/custom.def"));
-        QVERIFY(WindowFixture::writeFile(defPath, kDefinitions));
+        QVERIFY(writeFile(defPath, kDefinitions));
 
         Prompted w;
         QSignalSpy changed(&w.window, &Ombrix::signalsDefChanged);
@@ -180,7 +186,7 @@ private Q_SLOTS:
         if (kind == QLatin1String("directory")) {
             QDir(m_root->path()).mkpath(QStringLiteral("defs.def"));
         } else if (kind == QLatin1String("unreadable")) {
-            QVERIFY(WindowFixture::writeFile(path, kDefinitions));
+            QVERIFY(writeFile(path, kDefinitions));
             QFile(path).setPermissions(QFileDevice::Permissions());
             if (QFile(path).open(QIODevice::ReadOnly))
                 QSKIP("running with rights that read any file");
@@ -304,7 +310,7 @@ private:
     QString makeProject(const QString &name, const QByteArray &definitions = kDefinitions)
     {
         const QString dir = m_root->filePath(name);
-        return WindowFixture::writeFile(dir + QLatin1String("/dashboard_signals.def"), definitions) ? dir : QString();
+        return writeFile(dir + QLatin1String("/dashboard_signals.def"), definitions) ? dir : QString();
     }
 
     std::unique_ptr<QTemporaryDir> m_root;

@@ -28,7 +28,7 @@ const QByteArray Definitions = "DASHBOARD_MAPPING(RPM, 0, 0.1)\n"
 } // namespace
 
 // info, export-signals and export-events, and the argument checks of every command.
-class TestCliExport : public QObject
+class tst_CliExport : public QObject
 {
     Q_OBJECT
 
@@ -129,7 +129,7 @@ private:
     Recording m_recording;
 };
 
-void TestCliExport::exportsEqualTheWindowExporters_data()
+void tst_CliExport::exportsEqualTheWindowExporters_data()
 {
     QTest::addColumn<QStringList>("args");
     QTest::addColumn<QStringList>("names"); // empty: the events export
@@ -149,7 +149,7 @@ void TestCliExport::exportsEqualTheWindowExporters_data()
 }
 
 // Byte for byte what the window writes, through the same exporter classes.
-void TestCliExport::exportsEqualTheWindowExporters()
+void tst_CliExport::exportsEqualTheWindowExporters()
 {
     QFETCH(QStringList, args);
     QFETCH(QStringList, names);
@@ -168,7 +168,7 @@ void TestCliExport::exportsEqualTheWindowExporters()
     QVERIFY(readFile(viaCli).count('\n') > 1);
 }
 
-void TestCliExport::badArgumentsExitWithUsage_data()
+void tst_CliExport::badArgumentsExitWithUsage_data()
 {
     QTest::addColumn<QStringList>("args");
     QTest::newRow("info without file") << QStringList{"info"};
@@ -193,5 +193,5 @@ void TestCliExport::badArgumentsExitWithUsage_data()
     QTest::newRow("simulate, stray argument") << simulate + QStringList{"--project", "DEMO", "now"};
 }
 
-QTEST_GUILESS_MAIN(TestCliExport)
+QTEST_GUILESS_MAIN(tst_CliExport)
 #include "tst_cli_export.moc"

@@ -30,7 +30,7 @@ const QByteArray FirstLinesRecorded = "0.000000 A=1.5 B=2\n"
 } // namespace
 
 // "ombrix-cli record" on a real pseudo-terminal, stopped every way a user stops it.
-class TestCliRecord : public QObject
+class tst_CliRecord : public QObject
 {
     Q_OBJECT
 
@@ -124,7 +124,7 @@ private:
     QString m_recordingPath;
 };
 
-void TestCliRecord::stopKeepsEverythingReceived()
+void tst_CliRecord::stopKeepsEverythingReceived()
 {
     QFETCH(int, signalNumber);
     QVERIFY(startRecording({"--duration", "60"}));
@@ -139,5 +139,5 @@ void TestCliRecord::stopKeepsEverythingReceived()
     QCOMPARE(readFile(m_recordingPath), FirstLinesRecorded);
 }
 
-QTEST_GUILESS_MAIN(TestCliRecord)
+QTEST_GUILESS_MAIN(tst_CliRecord)
 #include "tst_cli_record.moc"

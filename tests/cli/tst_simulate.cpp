@@ -13,7 +13,7 @@
 #include <memory>
 
 // "ombrix-cli simulate", as a user runs it, read by the real SerialManager.
-class TestSimulate : public QObject
+class tst_Simulate : public QObject
 {
     Q_OBJECT
 
@@ -136,7 +136,7 @@ static bool isWholeDemoLine(const QString &raw)
 }
 
 // A reader too slow for the rate misses old lines, but never gets a broken one.
-void TestSimulate::slowReaderGetsWholeLines()
+void tst_Simulate::slowReaderGetsWholeLines()
 {
     QVERIFY(startDevice(QStringLiteral("40000")));
     SerialManager manager;
@@ -158,5 +158,5 @@ void TestSimulate::slowReaderGetsWholeLines()
     QVERIFY2(broken.isEmpty(), qPrintable(broken.join(u'\n')));
 }
 
-QTEST_GUILESS_MAIN(TestSimulate)
+QTEST_GUILESS_MAIN(tst_Simulate)
 #include "tst_simulate.moc"

@@ -6,9 +6,8 @@
 #include "Ombrix.h"
 #include "ScriptedPrompts.h"
 #include "SignalRouter.h"
+#include "TestFiles.h"
 
-#include <QDir>
-#include <QFile>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
@@ -28,19 +27,6 @@ struct WindowFixture
                                  "DASHBOARD_STATE(MODE, RUN, \"Running\")\n"
                                  "DASHBOARD_STATE(MODE, STOP, \"Stopped\")\n"
                                  "DASHBOARD_ERROR(E_HOT, 7, \"Overheated\")\n");
-    }
-
-    static bool writeFile(const QString &path, const QByteArray &bytes)
-    {
-        QDir().mkpath(QFileInfo(path).absolutePath());
-        QFile file(path);
-        return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-    }
-
-    static QByteArray readFile(const QString &path)
-    {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
 
     WindowFixture()

@@ -13,7 +13,7 @@
 #include <limits>
 #include <memory>
 
-class TestDashboardItem : public QObject
+class tst_DashboardItem : public QObject
 {
     Q_OBJECT
 
@@ -82,13 +82,6 @@ private Q_SLOTS:
         fresh.addItem(copy);
         QCOMPARE(probeOf(copy)->threshold, 17);
         QCOMPARE(copy->toJson(), record);
-    }
-
-    void recordWithoutKnownTypeBuildsNothing()
-    {
-        QCOMPARE(DashboardItem::fromJson(QJsonObject{{"width", 200}}), nullptr);
-        for (const char *type : {"", "NoSuchWidget", "testprobe"})
-            QCOMPARE(DashboardItem::fromJson(QJsonObject{{"type", type}}), nullptr);
     }
 
     void recordValuesFallBackToDefaults_data()
@@ -284,5 +277,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(TestDashboardItem)
+QTEST_MAIN(tst_DashboardItem)
 #include "tst_dashboarditem.moc"

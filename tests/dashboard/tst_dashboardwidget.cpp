@@ -4,7 +4,7 @@
 #include <QJsonDocument>
 #include <QtTest>
 
-class TestDashboardWidget : public QObject
+class tst_DashboardWidget : public QObject
 {
     Q_OBJECT
 
@@ -33,5 +33,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(TestDashboardWidget)
+QTEST_MAIN(tst_DashboardWidget)
 #include "tst_dashboardwidget.moc"

@@ -11,7 +11,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-class TestDashboardWidgetConfigDialog : public QObject
+class tst_DashboardWidgetConfigDialog : public QObject
 {
     Q_OBJECT
 
@@ -140,5 +140,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(TestDashboardWidgetConfigDialog)
+QTEST_MAIN(tst_DashboardWidgetConfigDialog)
 #include "tst_dashboardwidgetconfigdialog.moc"

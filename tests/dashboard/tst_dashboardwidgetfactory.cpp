@@ -5,7 +5,7 @@
 
 #include <memory>
 
-class TestDashboardWidgetFactory : public QObject
+class tst_DashboardWidgetFactory : public QObject
 {
     Q_OBJECT
 
@@ -35,5 +35,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(TestDashboardWidgetFactory)
+QTEST_MAIN(tst_DashboardWidgetFactory)
 #include "tst_dashboardwidgetfactory.moc"

@@ -46,7 +46,7 @@ public:
 
 } // namespace
 
-class TestDesignScene : public QObject
+class tst_DesignScene : public QObject
 {
     Q_OBJECT
 
@@ -98,5 +98,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(TestDesignScene)
+QTEST_MAIN(tst_DesignScene)
 #include "tst_designscene.moc"

@@ -13,7 +13,7 @@
 
 Q_DECLARE_METATYPE(SignalsExportOptions)
 
-class TestCsvExport : public QObject
+class tst_CsvExport : public QObject
 {
     Q_OBJECT
 
@@ -116,7 +116,7 @@ private:
     SignalDefinitions m_defs;
 };
 
-void TestCsvExport::eventsCellByCell_data()
+void tst_CsvExport::eventsCellByCell_data()
 {
     QTest::addColumn<QByteArray>("recording");
     QTest::addColumn<bool>("catalogue");
@@ -144,7 +144,7 @@ void TestCsvExport::eventsCellByCell_data()
                                                 << QStringLiteral("time,type,key,value,display\n");
 }
 
-void TestCsvExport::signalsCellByCell_data()
+void tst_CsvExport::signalsCellByCell_data()
 {
     QTest::addColumn<SignalsExportOptions>("options");
     QTest::addColumn<QString>("csv");
@@ -172,7 +172,7 @@ void TestCsvExport::signalsCellByCell_data()
     QTest::newRow("absurd rate") << SignalsExportOptions{{"A"}, 1e300, false} << QString();
 }
 
-void TestCsvExport::failedExportLeavesTargetAlone()
+void tst_CsvExport::failedExportLeavesTargetAlone()
 {
     QFETCH(QString, kind);
     QFETCH(QString, failure);
@@ -196,7 +196,11 @@ void TestCsvExport::failedExportLeavesTargetAlone()
         QVERIFY(QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner));
     }
     qint64 done = -1, total = -1;
-    const auto cancel = [&](qint64 d, qint64 t) { return done = d, total = t, false; };
+    const auto cancel = [&](qint64 d, qint64 t) {
+        done = d;
+        total = t;
+        return false;
+    };
     QString error;
     const QString target = folder + u"/out.csv";
     const Recording::Progress progress = cancelled ? cancel : Recording::Progress();
@@ -214,5 +218,5 @@ void TestCsvExport::failedExportLeavesTargetAlone()
     QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden), hadFile ? QStringList{"out.csv"} : QStringList());
 }
 
-QTEST_GUILESS_MAIN(TestCsvExport)
+QTEST_GUILESS_MAIN(tst_CsvExport)
 #include "tst_csvexport.moc"

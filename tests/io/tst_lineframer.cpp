@@ -13,7 +13,7 @@ static Lines takeAll(LineFramer &framer)
     return lines;
 }
 
-class TestLineFramer : public QObject
+class tst_LineFramer : public QObject
 {
     Q_OBJECT
 
@@ -62,5 +62,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestLineFramer)
+QTEST_GUILESS_MAIN(tst_LineFramer)
 #include "tst_lineframer.moc"

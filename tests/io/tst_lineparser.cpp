@@ -18,7 +18,7 @@ static QString describe(const ParsedLine &parsed)
         .join(u'|');
 }
 
-class TestLineParser : public QObject
+class tst_LineParser : public QObject
 {
     Q_OBJECT
 
@@ -68,7 +68,7 @@ private Q_SLOTS:
     void reusedResultMatchesAFreshOne();
 };
 
-void TestLineParser::grammar_data()
+void tst_LineParser::grammar_data()
 {
     QTest::addColumn<QString>("line");
     QTest::addColumn<QString>("parsed"); // the default time stamp is 7.25
@@ -96,7 +96,7 @@ void TestLineParser::grammar_data()
     QTest::newRow("no-break space") << QStringLiteral("A=1\u00a0B=2 C=\u00a03 D\u00a0=4") << "7.25||C=3,D=4|";
 }
 
-void TestLineParser::reusedResultMatchesAFreshOne()
+void tst_LineParser::reusedResultMatchesAFreshOne()
 {
     QFETCH(QStringList, lines);
     ParsedLine reused;
@@ -112,5 +112,5 @@ void TestLineParser::reusedResultMatchesAFreshOne()
     QCOMPARE(kept, expected);
 }
 
-QTEST_GUILESS_MAIN(TestLineParser)
+QTEST_GUILESS_MAIN(tst_LineParser)
 #include "tst_lineparser.moc"

@@ -16,7 +16,7 @@ static QString text(const Values &values)
 
 // Drives the engine with a hand-moved clock (tick() after advancing it) and
 // logs every signal as one line of text, in emission order.
-class TestPlaybackEngine : public QObject
+class tst_PlaybackEngine : public QObject
 {
     Q_OBJECT
 
@@ -104,7 +104,7 @@ private:
     QStringList m_log;
 };
 
-void TestPlaybackEngine::init()
+void tst_PlaybackEngine::init()
 {
     m_dir = std::make_unique<QTemporaryDir>();
     m_engine = std::make_unique<SignalPlaybackEngine>();
@@ -134,7 +134,7 @@ void TestPlaybackEngine::init()
 
 // Reset rewinds the slider and, while playing, the next tick replays from
 // the start.
-void TestPlaybackEngine::sliderFollowsPlayTimeAndResetRewinds()
+void tst_PlaybackEngine::sliderFollowsPlayTimeAndResetRewinds()
 {
     load("0 A=0\n10 A=1\n");
     int slider = -1;
@@ -154,7 +154,7 @@ void TestPlaybackEngine::sliderFollowsPlayTimeAndResetRewinds()
     QCOMPARE(slider, 1000);
 }
 
-void TestPlaybackEngine::seekReannouncesWhatIsInForce_data()
+void tst_PlaybackEngine::seekReannouncesWhatIsInForce_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<QStringList>("knownGroups");
@@ -193,7 +193,7 @@ void TestPlaybackEngine::seekReannouncesWhatIsInForce_data()
         << QStringList{"dataReset", "state 0 C=", "state 0 A=", "state 0 B=", "errorReset", "messageReset"};
 }
 
-void TestPlaybackEngine::seekReannouncesWhatIsInForce()
+void tst_PlaybackEngine::seekReannouncesWhatIsInForce()
 {
     QFETCH(QByteArray, content);
     QFETCH(QStringList, knownGroups);
@@ -216,7 +216,7 @@ void TestPlaybackEngine::seekReannouncesWhatIsInForce()
 // Start shows the frame about to play; a seek while playing carries the
 // clock on from the new position; the last frame ends playback, and a start
 // at the end finishes at the first tick.
-void TestPlaybackEngine::playFromASeekToTheEnd()
+void tst_PlaybackEngine::playFromASeekToTheEnd()
 {
     load("0 A=0\n1 A=1\n2 A=2\n3 A=3\n");
     m_engine->seek(1.5);
@@ -237,7 +237,7 @@ void TestPlaybackEngine::playFromASeekToTheEnd()
 
 // Play after Pause loads the file again and must resume, not restart; a
 // failed load keeps what was loaded.
-void TestPlaybackEngine::loadKeepsPositionAndFailedLoadKeepsRecording()
+void tst_PlaybackEngine::loadKeepsPositionAndFailedLoadKeepsRecording()
 {
     load("0 A=0\n1 A=1\n2 A=2\n3 A=3\n");
     m_engine->seek(1.5);
@@ -254,5 +254,5 @@ void TestPlaybackEngine::loadKeepsPositionAndFailedLoadKeepsRecording()
     QCOMPARE(m_engine->duration(), 7.0);
 }
 
-QTEST_MAIN(TestPlaybackEngine)
+QTEST_MAIN(tst_PlaybackEngine)
 #include "tst_playbackengine.moc"

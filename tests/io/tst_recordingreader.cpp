@@ -29,7 +29,7 @@ static QStringList describe(const Recording &recording)
     return frames;
 }
 
-class TestRecordingReader : public QObject
+class tst_RecordingReader : public QObject
 {
     Q_OBJECT
 
@@ -80,7 +80,7 @@ private:
     std::unique_ptr<QTemporaryDir> m_dir;
 };
 
-void TestRecordingReader::reads_data()
+void tst_RecordingReader::reads_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<QStringList>("frames");
@@ -111,7 +111,7 @@ void TestRecordingReader::reads_data()
     QTest::newRow("empty file") << QByteArray() << QStringList{};
 }
 
-void TestRecordingReader::deviceLinesReadBackAsReceived()
+void tst_RecordingReader::deviceLinesReadBackAsReceived()
 {
     QFETCH(QString, line);
     ParsedLine live;
@@ -141,7 +141,7 @@ void TestRecordingReader::deviceLinesReadBackAsReceived()
         QCOMPARE(describe(recording), QStringList{describe(expected)});
 }
 
-void TestRecordingReader::failedLoadKeepsPreviousFrames()
+void tst_RecordingReader::failedLoadKeepsPreviousFrames()
 {
     Recording recording;
     const QString good = write("0 A=1\n", QStringLiteral("good.rec"));
@@ -164,7 +164,7 @@ void TestRecordingReader::failedLoadKeepsPreviousFrames()
 
 // Well beyond one read chunk, with a multi-byte character that will
 // straddle chunk boundaries somewhere.
-void TestRecordingReader::linesAcrossReadChunks()
+void tst_RecordingReader::linesAcrossReadChunks()
 {
     QByteArray content;
     const int lines = 120000;
@@ -181,5 +181,5 @@ void TestRecordingReader::linesAcrossReadChunks()
     QCOMPARE(recording.signalNames(), QStringList({QStringLiteral("RAW_ü"), QStringLiteral("SIGNAL_NAME")}));
 }
 
-QTEST_GUILESS_MAIN(TestRecordingReader)
+QTEST_GUILESS_MAIN(tst_RecordingReader)
 #include "tst_recordingreader.moc"

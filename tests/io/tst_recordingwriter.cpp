@@ -1,47 +1,16 @@
+#include "DiskFull.h"
 #include "Recording.h"
 #include "RecordingWriter.h"
 #include "TestFiles.h"
 
 #include <QDateTime>
 #include <QDir>
-#include <QFile>
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <csignal>
-#include <sys/resource.h>
-
-// Writes content to path; returns path, or nothing when the write failed.
-static QString written(const QString &path, const QByteArray &content)
-{
-    return writeFile(path, content) ? path : QString();
-}
-
-// Files of this process may grow no further while it lives, as on a full disk.
-class FileSizeLimit
-{
-public:
-    FileSizeLimit()
-    {
-        getrlimit(RLIMIT_FSIZE, &m_saved);
-        m_handler = std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit none = {0, m_saved.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &none);
-    }
-    ~FileSizeLimit()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_saved);
-        std::signal(SIGXFSZ, m_handler);
-    }
-
-private:
-    rlimit m_saved = {};
-    void (*m_handler)(int) = nullptr;
-};
-
-class TestRecordingWriter : public QObject
+class tst_RecordingWriter : public QObject
 {
     Q_OBJECT
 
@@ -69,13 +38,14 @@ private Q_SLOTS:
 private:
     QString definitions(const QByteArray &content = "DASHBOARD_SIGNAL(A, \"a\", float)\n")
     {
-        return written(m_dir->filePath(QStringLiteral("dashboard_signals.def")), content);
+        const QString path = m_dir->filePath(QStringLiteral("dashboard_signals.def"));
+        return writeFile(path, content) ? path : QString();
     }
 
     std::unique_ptr<QTemporaryDir> m_dir;
 };
 
-void TestRecordingWriter::lineForms()
+void tst_RecordingWriter::lineForms()
 {
     RecordingWriter writer;
     QVERIFY2(writer.start(m_dir->path(), definitions()), qPrintable(writer.errorString()));
@@ -119,7 +89,7 @@ void TestRecordingWriter::lineForms()
 // started now take new names beside them and leave them untouched, and the
 // stale companions left under the new names (their recordings were deleted)
 // do not survive.
-void TestRecordingWriter::newFilesBesideExistingOnes()
+void tst_RecordingWriter::newFilesBesideExistingOnes()
 {
     QCOMPARE(RecordingWriter::fileNameFor(QDateTime(QDate(2024, 1, 1), QTime(12, 0, 0))),
              QStringLiteral("log_20240101_120000.rec"));
@@ -129,7 +99,8 @@ void TestRecordingWriter::newFilesBesideExistingOnes()
     const QDateTime now = QDateTime::currentDateTime();
     QStringList existing;
     for (int s = 0; s < 3; ++s) {
-        existing.append(written(recordings.filePath(RecordingWriter::fileNameFor(now.addSecs(s))), "0 KEEP=1\n"));
+        existing.append(recordings.filePath(RecordingWriter::fileNameFor(now.addSecs(s))));
+        QVERIFY(writeFile(existing.last(), "0 KEEP=1\n"));
         for (const char *suffix : {"_1.rec", "_2.rec"})
             writeFile(Recording::companionPathFor(existing.last().chopped(4) + QLatin1String(suffix)), "stale");
     }
@@ -156,14 +127,15 @@ void TestRecordingWriter::newFilesBesideExistingOnes()
         QCOMPARE(readFile(path), QByteArray("0 KEEP=1\n"));
 }
 
-void TestRecordingWriter::failuresAndMisuse()
+void tst_RecordingWriter::failuresAndMisuse()
 {
     RecordingWriter writer;
     writer.appendValues(1.0, {{QStringLiteral("A"), 1.0}}); // not recording: ignored
     QCOMPARE(writer.linesWritten(), 0);
 
     // The project "folder" is a file: neither the folder nor the file can be made.
-    const QString notADir = written(m_dir->filePath(QStringLiteral("plain-file")), "x");
+    const QString notADir = m_dir->filePath(QStringLiteral("plain-file"));
+    QVERIFY(writeFile(notADir, "x"));
     QVERIFY(!writer.start(notADir, definitions()));
     QVERIFY(!writer.isRecording());
     QCOMPARE(writer.errorString(), QStringLiteral("Could not open file for writing."));
@@ -177,12 +149,12 @@ void TestRecordingWriter::failuresAndMisuse()
     // The last few lines are refused when they reach the disk: the loss is reported.
     QSignalSpy failed(&writer, &RecordingWriter::writeFailed);
     {
-        const FileSizeLimit full;
+        const DiskFull full;
         writer.appendMessage(0, QStringLiteral("lost"));
         writer.stop();
     }
     QCOMPARE(failed.count(), 1);
 }
 
-QTEST_GUILESS_MAIN(TestRecordingWriter)
+QTEST_GUILESS_MAIN(tst_RecordingWriter)
 #include "tst_recordingwriter.moc"

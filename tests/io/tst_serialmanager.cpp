@@ -53,7 +53,7 @@ private:
     }
 };
 
-class TestSerialManager : public QObject
+class tst_SerialManager : public QObject
 {
     Q_OBJECT
 
@@ -204,7 +204,7 @@ private:
 
 // A failed open is reported once (not again by the port); a port that
 // vanishes while open is reported, then closed and announced as lost.
-void TestSerialManager::portFailuresAreReported()
+void tst_SerialManager::portFailuresAreReported()
 {
     SerialSettings settings;
     settings.portName = QStringLiteral("/nonexistent/ttyNOPE");
@@ -224,7 +224,7 @@ void TestSerialManager::portFailuresAreReported()
     QVERIFY(after.first().startsWith(u"error-occurred ") && after.last().startsWith(u"port-lost "));
 }
 
-void TestSerialManager::badInput_data()
+void tst_SerialManager::badInput_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<QStringList>("values"); // empty: only "A=1" must come through
@@ -250,7 +250,7 @@ void TestSerialManager::badInput_data()
     QTest::newRow("binary garbage") << garbage + "\nA=1\n" << QStringList() << QStringList();
 }
 
-void TestSerialManager::badInput()
+void tst_SerialManager::badInput()
 {
     QFETCH(QByteArray, bytes);
     QFETCH(QStringList, values);
@@ -267,5 +267,5 @@ void TestSerialManager::badInput()
     QCOMPARE(m_log->of(QStringLiteral("words")), words);
 }
 
-QTEST_GUILESS_MAIN(TestSerialManager)
+QTEST_GUILESS_MAIN(tst_SerialManager)
 #include "tst_serialmanager.moc"

@@ -149,15 +149,6 @@ private Q_SLOTS:
         gauge.setValue(0.0);
         QVERIFY(redAt(-135.0) && !redAt(135.0));
     }
-
-    void primarySignalIsTheGaugesOwnLabel()
-    {
-        AnalogGaugeWidget gauge;
-        gauge.setSignalNames({QStringLiteral("rpm:Motor")});
-        QCOMPARE(gauge.primarySignal(), QString());
-        gauge.setLabel(QStringLiteral("speed"));
-        QCOMPARE(gauge.primarySignal(), QStringLiteral("speed"));
-    }
 };
 
 QTEST_MAIN(tst_AnalogGauge)
