@@ -16,6 +16,15 @@ constexpr quint8 Centre = 255;
 constexpr quint8 Side = 150;
 constexpr quint8 Corner = 60;
 
+// 1 / n for the short lines that most joins are (0 for 0): a division
+// costs more than drawing a short line.
+const std::array<double, 1024> Reciprocals = [] {
+    std::array<double, 1024> table{};
+    for (size_t n = 1; n < table.size(); ++n)
+        table[n] = 1.0 / double(n);
+    return table;
+}();
+
 // The pixels of the plot area that hold a dot's centre, with an empty
 // border all round so that every pixel has eight neighbours.
 class DotCentres
@@ -36,7 +45,7 @@ public:
     void line(int x0, int y0, int x1, int y1)
     {
         const int steps = std::max(std::abs(x1 - x0), std::abs(y1 - y0));
-        const double inverse = steps ? 1.0 / steps : 0.0;
+        const double inverse = steps < int(Reciprocals.size()) ? Reciprocals[size_t(steps)] : 1.0 / steps;
         const double stepX = (x1 - x0) * inverse;
         const double stepY = (y1 - y0) * inverse;
         double x = x0 + 0.5;
