@@ -7,6 +7,8 @@
 #include "ErrorConsoleWidget.h"
 #include "MessagesConsoleWidget.h"
 #include "StateIndicatorWidget.h"
+#include "TrendPlotWidget.h"
+#include "XYPlotWidget.h"
 
 namespace {
 
@@ -26,7 +28,9 @@ void DashboardWidgetFactory::registerBuiltInTypes()
     // Rows in palette order.
     registerType(QStringLiteral("AnalogGauge"), make<AnalogGaugeWidget>, QIcon(QStringLiteral(":/icons/gauge.png")));
     registerType(QStringLiteral("DigitalDisplay"), make<DigitalDisplayWidget>, QIcon(QStringLiteral(":/icons/display.png")));
+    registerType(QStringLiteral("TrendPlot"), make<TrendPlotWidget>, QIcon(QStringLiteral(":/icons/line_chart.png")));
     registerType(QStringLiteral("StateIndicator"), make<StateIndicatorWidget>, QIcon(QStringLiteral(":/icons/state.png")));
     registerType(QStringLiteral("ErrorConsole"), make<ErrorConsoleWidget>, QIcon(QStringLiteral(":/icons/error_console.png")));
     registerType(QStringLiteral("MessagesConsole"), make<MessagesConsoleWidget>, QIcon(QStringLiteral(":/icons/message-console.png")));
+    registerType(QStringLiteral("XYPlot"), make<XYPlotWidget>, QIcon(QStringLiteral(":/icons/xy_plot.png")));
 }

@@ -3,6 +3,7 @@
 #include "DashboardWidget.h"
 
 #include <QFormLayout>
+#include <QLabel>
 #include <QWidget>
 
 #include <memory>
@@ -28,6 +29,13 @@ public:
         if (!item)
             item = m_form->itemAt(row, QFormLayout::SpanningRole);
         return item ? qobject_cast<Editor *>(item->widget()) : nullptr;
+    }
+    // The text of `row`'s label, empty for a spanning row.
+    QString label(int row) const
+    {
+        QLayoutItem *item = m_form->itemAt(row, QFormLayout::LabelRole);
+        auto *text = item ? qobject_cast<QLabel *>(item->widget()) : nullptr;
+        return text ? text->text() : QString();
     }
     void close() { m_parent.reset(); }
 
