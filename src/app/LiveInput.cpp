@@ -16,6 +16,9 @@ LiveInput::LiveInput(SignalRouter *router, QObject *parent)
     connect(m_serial, &SerialManager::errorParsed, this, &LiveInput::onErrorParsed);
     connect(m_serial, &SerialManager::stateParsed, this, &LiveInput::onStateParsed);
     connect(m_serial, &SerialManager::unrecognizedParsed, this, &LiveInput::onUnrecognizedParsed);
+    // The lines of one read reach value widgets as one update.
+    connect(m_serial, &SerialManager::burstStarted, m_router, &SignalRouter::beginBurst);
+    connect(m_serial, &SerialManager::burstFinished, m_router, &SignalRouter::endBurst);
 }
 
 bool LiveInput::recording() const

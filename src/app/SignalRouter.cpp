@@ -99,11 +99,45 @@ void SignalRouter::routeValue(const QString &name, double raw, double tSec)
 void SignalRouter::routeValues(const QMap<QString, double> &values, double tSec)
 {
     ensureIndex();
-    QList<IPlaybackPlot *> batch;
+    m_batch.clear();
     for (auto it = values.constBegin(); it != values.constEnd(); ++it)
-        deliver(it.key(), mappedValue(it.key(), it.value()), tSec, &batch);
-    for (IPlaybackPlot *plot : std::as_const(batch))
+        deliver(it.key(), mappedValue(it.key(), it.value()), tSec, &m_batch);
+    for (IPlaybackPlot *plot : std::as_const(m_batch))
         plot->endBatch();
+}
+
+void SignalRouter::beginBurst()
+{
+    ++m_burstDepth;
+}
+
+void SignalRouter::endBurst()
+{
+    if (m_burstDepth > 0 && --m_burstDepth == 0)
+        releaseHeld();
+}
+
+void SignalRouter::hold(int slot, double value, double tSec)
+{
+    Held &held = m_held[size_t(slot)];
+    held.value = value;
+    held.tSec = tSec;
+    if (!held.holding) {
+        held.holding = true;
+        m_holding.append(slot);
+    }
+}
+
+void SignalRouter::releaseHeld()
+{
+    // A widget may spin the event loop and start another burst meanwhile.
+    for (qsizetype i = 0; i < m_holding.size(); ++i) {
+        Held &held = m_held[size_t(m_holding.at(i))];
+        held.holding = false;
+        if (DashboardWidget *widget = held.widget.data())
+            widget->setValueForSignalAt(held.name, held.value, held.tSec);
+    }
+    m_holding.clear();
 }
 
 void SignalRouter::deliver(const QString &name, double value, double tSec, QList<IPlaybackPlot *> *batch)
@@ -115,6 +149,10 @@ void SignalRouter::deliver(const QString &name, double value, double tSec, QList
         DashboardWidget *widget = target.widget.data();
         if (!widget) {
             m_dirty = true;
+            continue;
+        }
+        if (m_burstDepth > 0 && target.heldSlot >= 0) {
+            hold(target.heldSlot, value, tSec);
             continue;
         }
         if (batch && target.plot && !batch->contains(target.plot)) {
@@ -206,8 +244,11 @@ QList<MessagesConsoleWidget *> SignalRouter::messagesConsoles()
 
 void SignalRouter::ensureIndex()
 {
-    if (m_dirty)
-        rebuildIndex();
+    if (!m_dirty)
+        return;
+    // Held values belong to the old bindings: delivered before they change.
+    releaseHeld();
+    rebuildIndex();
 }
 
 void SignalRouter::watch(DashboardWidget *widget)
@@ -220,6 +261,8 @@ void SignalRouter::rebuildIndex()
 {
     m_dirty = false;
     m_bySignal.clear();
+    m_held.clear();
+    m_holding.clear();
     m_stateIndicators.clear();
     m_errorConsoles.clear();
     m_messagesConsoles.clear();
@@ -234,7 +277,8 @@ void SignalRouter::rebuildIndex()
             m_messagesConsoles.append(messages);
 
         watch(widget);
-        const Target target{widget, dynamic_cast<ITimeStampedConsumer *>(widget), dynamic_cast<IPlaybackPlot *>(widget)};
+        auto *consumer = dynamic_cast<ITimeStampedConsumer *>(widget);
+        auto *plot = dynamic_cast<IPlaybackPlot *>(widget);
         QSet<QString> seen;
         const QStringList bound = widget->signalNames();
         for (const QString &entry : bound) {
@@ -242,6 +286,11 @@ void SignalRouter::rebuildIndex()
             if (name.isEmpty() || seen.contains(name))
                 continue;
             seen.insert(name);
+            Target target{widget, consumer, plot};
+            if (!consumer) {
+                target.heldSlot = int(m_held.size());
+                m_held.push_back(Held{widget, name});
+            }
             m_bySignal[name].append(target);
         }
     }

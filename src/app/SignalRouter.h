@@ -7,6 +7,8 @@
 #include <QPointer>
 #include <QString>
 
+#include <vector>
+
 #include "SignalDefinitions.h"
 
 class DashboardWidget;
@@ -32,6 +34,12 @@ class StateIndicatorWidget;
  *
  * Time-stamped values reach plots through ITimeStampedConsumer; plots get a
  * whole frame between one beginBatch() and one endBatch().
+ *
+ * Lines that arrive in one read form a burst (beginBurst() .. endBurst()):
+ * plots still get every value at once, since they draw its history, but a
+ * widget that shows one value per signal gets only the last value of each
+ * signal of the burst, at its end. It would show nothing else, and a fast
+ * device delivers dozens of lines per read.
  *
  * The router neither owns the scene nor the catalogue.
  */
@@ -65,6 +73,10 @@ public:
     /// A whole line or frame: every value mapped and delivered, each batching
     /// widget repainted once at the end.
     void routeValues(const QMap<QString, double> &values, double tSec);
+    /// The lines of one read follow; bursts may nest.
+    void beginBurst();
+    /// Hands the held last values to their widgets.
+    void endBurst();
     /// To every state indicator whose group equals `groupId`; an empty label
     /// is looked up in the catalogue.
     void routeState(const QString &groupId, const QString &stateId,
@@ -93,6 +105,16 @@ private:
         QPointer<DashboardWidget> widget;
         ITimeStampedConsumer *consumer = nullptr;
         IPlaybackPlot *plot = nullptr;
+        int heldSlot = -1; // a value widget's place in m_held
+    };
+    // The last value of one signal for one value widget during a burst.
+    struct Held
+    {
+        QPointer<DashboardWidget> widget;
+        QString name;
+        double value = 0.0;
+        double tSec = 0.0;
+        bool holding = false;
     };
 
     void ensureIndex();
@@ -100,10 +122,16 @@ private:
     void ensureMappings() const;
     void watch(DashboardWidget *widget);
     void deliver(const QString &name, double value, double tSec, QList<IPlaybackPlot *> *batch);
+    void hold(int slot, double value, double tSec);
+    void releaseHeld();
 
     QPointer<DesignScene> m_scene;
     const SignalDefinitions *m_defs = nullptr;
     bool m_dirty = true;
+    int m_burstDepth = 0;
+    std::vector<Held> m_held;
+    QList<int> m_holding;            // slots of m_held with a value, in order
+    QList<IPlaybackPlot *> m_batch;  // plots inside routeValues(), reused
     QHash<QString, QList<Target>> m_bySignal;
     QList<QPointer<StateIndicatorWidget>> m_stateIndicators;
     QList<QPointer<ErrorConsoleWidget>> m_errorConsoles;

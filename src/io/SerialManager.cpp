@@ -1,5 +1,7 @@
 #include "SerialManager.h"
 
+#include "PortReader.h"
+
 #include <QSerialPortInfo>
 
 SerialManager::SerialManager(QObject *parent)
@@ -68,7 +70,20 @@ void SerialManager::refreshPorts()
 
 void SerialManager::onReadyRead()
 {
-    processBytes(m_port->readAll());
+    Q_EMIT burstStarted();
+    const quint64 generation = m_generation;
+    frameBytes(m_port->readAll());
+    // What else waits is taken now, up to a bound that keeps the window
+    // painting while a device sends faster than it can be read.
+    if (m_drain.isEmpty())
+        m_drain.resize(DrainChunkBytes);
+    for (int chunk = 0; chunk < MaxDrainChunks && generation == m_generation && m_port->isOpen(); ++chunk) {
+        const qint64 n = PortReader::readWaiting(m_port->handle(), m_drain.data(), m_drain.size());
+        if (n <= 0)
+            break;
+        frameBytes(QByteArrayView(m_drain.constData(), n));
+    }
+    Q_EMIT burstFinished();
 }
 
 void SerialManager::onError(QSerialPort::SerialPortError error)
@@ -86,6 +101,13 @@ void SerialManager::onError(QSerialPort::SerialPortError error)
 }
 
 void SerialManager::processBytes(QByteArrayView bytes)
+{
+    Q_EMIT burstStarted();
+    frameBytes(bytes);
+    Q_EMIT burstFinished();
+}
+
+void SerialManager::frameBytes(QByteArrayView bytes)
 {
     m_buffer.append(bytes);
     // Lines that arrive together arrive at the same moment.

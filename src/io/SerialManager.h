@@ -51,6 +51,10 @@ Q_SIGNALS:
     // The open port went away (device unplugged, pseudo-terminal closed) and
     // was closed; emitted after errorOccurred.
     void portLost(const QString &portName);
+    // The lines of one read follow, and have all been emitted: a receiver may
+    // treat them as one burst (show only the last value of each signal).
+    void burstStarted();
+    void burstFinished();
 
 public Q_SLOTS:
     void refreshPorts();
@@ -58,6 +62,10 @@ public Q_SLOTS:
     void onError(QSerialPort::SerialPortError error);
 
 private:
+    static constexpr qsizetype DrainChunkBytes = 64 * 1024;
+    static constexpr int MaxDrainChunks = 16;
+
+    void frameBytes(QByteArrayView bytes);
     double defaultTimestamp() const;
     void processLine(QByteArrayView bytes, double defaultTime);
     void emitLine(const ParsedLine &parsed);
@@ -69,5 +77,6 @@ private:
     bool m_opening = false;
     bool m_emitting = false;
     ParsedLine m_parsed;
+    QByteArray m_drain; // reused for the bytes read past the port's buffer
     quint64 m_generation = 0; // bumped by open/close so a receiver may close mid-batch
 };

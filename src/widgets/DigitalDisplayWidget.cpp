@@ -34,6 +34,9 @@ DigitalDisplayWidget::DigitalDisplayWidget(QWidget *parent)
     policy.setRetainSizeWhenHidden(true);
     m_valueLabel->setSizePolicy(policy);
     m_valueLabel->hide();
+    // A label without a name of its own announces every new text to
+    // accessibility, which costs a look-up per value even with no reader.
+    m_valueLabel->setAccessibleName(tr("Value"));
 }
 
 void DigitalDisplayWidget::setValue(double value)

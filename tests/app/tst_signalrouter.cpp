@@ -4,6 +4,7 @@
 #include "DigitalDisplayWidget.h"
 #include "ErrorConsoleWidget.h"
 #include "IPlaybackPlot.h"
+#include "ITimeStampedConsumer.h"
 #include "MessagesConsoleWidget.h"
 #include "SignalDefinitions.h"
 #include "SignalRouter.h"
@@ -58,6 +59,18 @@ public:
 
     int begun = 0;
     int ended = 0;
+};
+
+// A plot that draws history: it takes every time-stamped value.
+class HistoryWidget : public RecordingWidget, public ITimeStampedConsumer
+{
+    Q_OBJECT
+
+public:
+    void setValueForSignalAt(const QString &name, double value, double tSec) override
+    {
+        RecordingWidget::setValueForSignalAt(name, value, tSec);
+    }
 };
 
 } // namespace
@@ -152,6 +165,19 @@ private Q_SLOTS:
         QCOMPARE(batching->deliveries, frame);
         QCOMPARE(QList<int>({batching->begun, batching->ended, idle->begun}), QList<int>({1, 1, 0}));
         QVERIFY(unbound->deliveries.isEmpty() && nested->deliveries.isEmpty());
+    }
+
+    void aBurstShowsItsLastValuesAndKeepsEveryPlotSample()
+    {
+        auto *display = add(new RecordingWidget, {QStringLiteral("A"), QStringLiteral("B")});
+        auto *plot = add(new HistoryWidget, {QStringLiteral("A")});
+        m_router->beginBurst();
+        m_router->routeValues({{QStringLiteral("A"), 1.0}, {QStringLiteral("B"), 5.0}}, 1.0);
+        m_router->routeValues({{QStringLiteral("A"), 2.0}}, 2.0);
+        QCOMPARE(plot->deliveries, QStringList({QStringLiteral("A=1@1"), QStringLiteral("A=2@2")}));
+        QVERIFY(display->deliveries.isEmpty());
+        m_router->endBurst();
+        QCOMPARE(display->deliveries, QStringList({QStringLiteral("A=2@2"), QStringLiteral("B=5@1")}));
     }
 
     void indexFollowsTheScene()

@@ -256,6 +256,24 @@ private Q_SLOTS:
         QCOMPARE(series.size(), 1);
     }
 
+    void seriesExtremesAgreeWithEverySampleAfterTrimmingAndDropping()
+    {
+        // Block summaries must follow samples leaving at the front (with the
+        // compaction that moves the rest) and at the back.
+        TrendSeries series;
+        for (qint64 t = 0; t < 5000; ++t)
+            series.append({t, std::sin(t * 0.37) * (t % 97)});
+        series.trimBefore(1300);
+        series.dropAfter(4100);
+        series.append({4200, 1e6});
+        for (const auto &[from, to] : {std::pair<qsizetype, qsizetype>{0, 1}, {0, 64}, {3, 200}, {63, 1900},
+                                       {100, series.size()}, {series.size() - 5, series.size()}}) {
+            const double *values = series.values();
+            const auto [lo, hi] = std::minmax_element(values + from, values + to);
+            QCOMPARE(series.extremes(from, to), std::make_pair(*lo, *hi));
+        }
+    }
+
     void valueRange_data()
     {
         QTest::addColumn<QString>("input");

@@ -87,27 +87,6 @@ void include(TrendTrace &trace, double lo, double hi)
     trace.hi = std::max(trace.hi, hi);
 }
 
-// The smallest and largest of n values, in four independent chains so that
-// the comparisons do not wait on each other.
-std::pair<double, double> extremes(const double *values, qsizetype n, double seed)
-{
-    double lo[4] = {seed, seed, seed, seed};
-    double hi[4] = {seed, seed, seed, seed};
-    qsizetype i = 0;
-    for (; n - i >= 4; i += 4) {
-        for (int k = 0; k < 4; ++k) {
-            const double value = values[i + k];
-            lo[k] = value < lo[k] ? value : lo[k];
-            hi[k] = value > hi[k] ? value : hi[k];
-        }
-    }
-    for (; i < n; ++i) {
-        lo[0] = values[i] < lo[0] ? values[i] : lo[0];
-        hi[0] = values[i] > hi[0] ? values[i] : hi[0];
-    }
-    return {std::min({lo[0], lo[1], lo[2], lo[3]}), std::max({hi[0], hi[1], hi[2], hi[3]})};
-}
-
 // The index of the first time at or after tEnd, searched from `from` in
 // steps that double: a column's samples cost a few comparisons to find.
 qsizetype firstFrom(const qint64 *times, qsizetype from, qsizetype size, qint64 tEnd)
@@ -135,7 +114,7 @@ void decimateOrdered(const TrendSeries &series, qsizetype first, const TrendTime
         Column column;
         column.start(map.column(times[i]), values[i]);
         const qsizetype next = firstFrom(times, i + 1, size, map.columnEndMs(column.column));
-        std::tie(column.min, column.max) = extremes(values + i + 1, next - i - 1, values[i]);
+        std::tie(column.min, column.max) = series.extremes(i, next);
         column.last = values[next - 1];
         i = next;
         emitter.add(column);
@@ -145,7 +124,7 @@ void decimateOrdered(const TrendSeries &series, qsizetype first, const TrendTime
             break;
     }
     if (i < size) {
-        const auto [lo, hi] = extremes(values + i, size - i, values[i]);
+        const auto [lo, hi] = series.extremes(i, size);
         include(trace, lo, hi);
     }
 }

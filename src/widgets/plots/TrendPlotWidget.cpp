@@ -248,8 +248,17 @@ TrendPlotWidget::ValueRange TrendPlotWidget::valueRange() const
         const TrendSeries *samples = series(name);
         if (!samples || m_hidden.contains(name))
             continue;
-        const qsizetype first = samples->isTimeOrdered() ? samples->lowerBound(startMs) : 0;
-        for (qsizetype i = first; i < samples->size(); ++i) {
+        if (samples->isTimeOrdered()) {
+            // The window's samples are one range: summed up block by block.
+            const qsizetype first = samples->lowerBound(startMs);
+            if (first < samples->size()) {
+                const auto [low, high] = samples->extremes(first, samples->size());
+                lo = std::min(lo, low);
+                hi = std::max(hi, high);
+            }
+            continue;
+        }
+        for (qsizetype i = 0; i < samples->size(); ++i) {
             if (samples->times()[i] >= startMs) {
                 lo = std::min(lo, samples->values()[i]);
                 hi = std::max(hi, samples->values()[i]);

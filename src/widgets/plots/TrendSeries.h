@@ -2,6 +2,7 @@
 
 #include "TrendSample.h"
 
+#include <utility>
 #include <vector>
 
 /**
@@ -14,6 +15,10 @@
  * dropped), so that a paint runs through hundreds of thousands of values
  * reading little more than the values themselves.
  *
+ * The smallest and largest value of every block of BlockSize samples are
+ * kept as well, so that the extremes of a range of samples (one pixel
+ * column, the visible window) cost a visit per block rather than per sample.
+ *
  * Times are normally non-decreasing, which lets lookups by time use binary
  * search. The buffer counts the neighbouring pairs stored out of time order,
  * so that it knows at any moment whether that holds; when it does not, the
@@ -22,6 +27,8 @@
 class TrendSeries
 {
 public:
+    static constexpr qsizetype BlockSize = 64;
+
     void append(const TrendSample &sample);
     void clear();
 
@@ -51,12 +58,18 @@ public:
     /// Index of the last stored sample with tMs <= t, or -1.
     qsizetype lastAtOrBefore(qint64 t) const;
 
+    /// The smallest and largest value of the samples [from, to); from < to.
+    std::pair<double, double> extremes(qsizetype from, qsizetype to) const;
+
 private:
     void popFront();
     void popBack();
+    void summariseBlock(size_t block);
 
     std::vector<qint64> m_times;
     std::vector<double> m_values;
+    std::vector<double> m_blockMin; // per BlockSize samples of m_values, from its start
+    std::vector<double> m_blockMax;
     size_t m_head = 0; // index of the oldest sample still held
     qsizetype m_outOfOrderPairs = 0;
 };
