@@ -35,27 +35,62 @@ TrendPlotRenderer::TrendPlotRenderer(const TrendPlotWidget &plot, QPainter &pain
 
 void TrendPlotRenderer::paint()
 {
-    m_painter.fillRect(m_plot.rect(), m_plot.palette().window());
     m_painter.setRenderHint(QPainter::Antialiasing);
     m_painter.setFont(m_plot.plotFont());
     if (m_plot.signalNames().isEmpty()) {
+        m_painter.fillRect(m_plot.rect(), m_plot.palette().window());
         m_painter.setPen(TextColor);
         m_painter.drawText(m_plot.rect(), Qt::AlignCenter, QStringLiteral("No signals"));
         return;
     }
-    m_painter.fillRect(m_area, Qt::white);
     QList<int> channels;
     QList<TrendTrace> traces = buildTraces(channels);
     const TrendPlotWidget::ValueRange range = rangeOf(traces);
-    if (m_plot.settings().showGrid)
-        drawGrid();
-    drawAxes(range);
-    drawTimeTicks();
+    drawBackdrop();
+    drawZeroLine(range);
     drawLines(traces, channels, range);
     drawValueLabels(range);
-    m_plot.legend().paint(m_painter, m_plot.hiddenChannels());
     drawMarkers();
     drawHoverReadout();
+}
+
+QString TrendPlotRenderer::backdropKey() const
+{
+    // Everything the backdrop shows depends on; text is dear to draw, and
+    // live the tick labels never change.
+    QStringList parts{QString::number(m_plot.width()), QString::number(m_plot.height()),
+                      QString::number(m_plot.devicePixelRatioF()), QString::number(m_plot.settings().gridLines),
+                      QString::number(int(m_plot.settings().showGrid)), m_plot.plotFont().toString(),
+                      m_plot.palette().window().color().name()};
+    for (int i = 0; i <= m_plot.settings().gridLines; ++i)
+        parts.append(m_plot.tickLabel(double(i) / m_plot.settings().gridLines));
+    for (const TrendLegend::Entry &entry : m_plot.legend().entries())
+        parts << entry.name << QString::number(int(m_plot.hiddenChannels().contains(entry.name)));
+    return parts.join(QLatin1Char('\n'));
+}
+
+void TrendPlotRenderer::drawBackdrop()
+{
+    TrendPlotWidget::Backdrop &backdrop = m_plot.backdrop();
+    const QString key = backdropKey();
+    if (backdrop.key != key || backdrop.pixmap.isNull()) {
+        const qreal ratio = m_plot.devicePixelRatioF();
+        backdrop.pixmap = QPixmap(m_plot.size() * ratio);
+        backdrop.pixmap.setDevicePixelRatio(ratio);
+        backdrop.pixmap.fill(m_plot.palette().window().color());
+        QPainter painter(&backdrop.pixmap);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setFont(m_plot.plotFont());
+        TrendPlotRenderer layer(m_plot, painter);
+        painter.fillRect(m_area, Qt::white);
+        if (m_plot.settings().showGrid)
+            layer.drawGrid();
+        layer.drawAxes();
+        layer.drawTimeTicks();
+        m_plot.legend().paint(painter, m_plot.hiddenChannels());
+        backdrop.key = key;
+    }
+    m_painter.drawPixmap(0, 0, backdrop.pixmap);
 }
 
 QList<TrendTrace> TrendPlotRenderer::buildTraces(QList<int> &channels) const
@@ -108,12 +143,15 @@ void TrendPlotRenderer::drawGrid()
     m_painter.restore();
 }
 
-void TrendPlotRenderer::drawAxes(const TrendPlotWidget::ValueRange &range)
+void TrendPlotRenderer::drawAxes()
 {
     m_painter.setPen(QPen(AxisColor, 1.0));
     m_painter.drawLine(m_areaF.bottomLeft(), m_areaF.topLeft());
     m_painter.drawLine(m_areaF.bottomLeft(), m_areaF.bottomRight());
+}
 
+void TrendPlotRenderer::drawZeroLine(const TrendPlotWidget::ValueRange &range)
+{
     if (range.lower < 0.0 && 0.0 < range.upper) {
         const double y = yOf(0.0, range);
         m_painter.setPen(QPen(ZeroLineColor, 2.0, Qt::DashLine));

@@ -27,8 +27,11 @@ private:
     QList<TrendTrace> buildTraces(QList<int> &channels) const;
     TrendPlotWidget::ValueRange rangeOf(const QList<TrendTrace> &traces) const;
     double yOf(double value, const TrendPlotWidget::ValueRange &range) const;
+    QString backdropKey() const;
+    void drawBackdrop();
     void drawGrid();
-    void drawAxes(const TrendPlotWidget::ValueRange &range);
+    void drawAxes();
+    void drawZeroLine(const TrendPlotWidget::ValueRange &range);
     void drawValueLabels(const TrendPlotWidget::ValueRange &range);
     void drawValueLabel(double y, const QString &text);
     void drawTimeTicks();

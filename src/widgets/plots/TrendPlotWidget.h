@@ -13,6 +13,7 @@
 #include <QFont>
 #include <QHash>
 #include <QHashFunctions>
+#include <QPixmap>
 #include <QSet>
 
 #include <unordered_map>
@@ -124,6 +125,16 @@ public:
     bool isHovering() const { return m_hovering; }
     QPoint hoverPos() const { return m_hoverPos; }
 
+    /// What the plot draws under its data that changes only with the size,
+    /// the settings, the channels and the tick labels (background, grid,
+    /// axes, ticks, legend), painted once and kept for the next frames.
+    struct Backdrop
+    {
+        QPixmap pixmap;
+        QString key;
+    };
+    Backdrop &backdrop() const { return m_backdrop; }
+
     // What the window does to the plot as recording and playback move on.
     void clearData() override;
     void setTimeDriven(bool on) override;
@@ -174,6 +185,7 @@ private:
     double m_valueEpsilon = 1e-9;
     int m_minRepeatMs = 50;
     QTimer *m_refreshTimer = nullptr;
+    mutable Backdrop m_backdrop;
     qint64 m_nowMs = 0;
     qint64 m_lastUpdateMs = 0;
     int m_minRepaintMs = 200;

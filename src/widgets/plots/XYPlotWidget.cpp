@@ -257,19 +257,44 @@ void XYPlotWidget::paintEvent(QPaintEvent *event)
 {
     Q_UNUSED(event);
     QPainter painter(this);
+    painter.drawPixmap(0, 0, backdrop());
+    const QRect area = plotRect();
+    if (area.width() <= 0 || area.height() <= 0)
+        return;
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.fillRect(rect(), palette().window());
+    painter.setFont(m_font);
+    const XYPointRaster::Ranges r = ranges();
+    drawPoints(painter, area, r);
+    drawLabels(painter, area, r);
+}
+
+const QPixmap &XYPlotWidget::backdrop() const
+{
+    // Title, frame, grid and ticks change only with the size and the
+    // settings; text and lines are dear to draw again with every point.
+    const QString key = QStringList{QString::number(width()), QString::number(height()),
+                                    QString::number(devicePixelRatioF()), title(), m_font.toString(),
+                                    QString::number(int(m_showGrid)), QString::number(m_gridLines),
+                                    palette().window().color().name()}
+                            .join(QLatin1Char('\n'));
+    if (key == m_backdropKey && !m_backdrop.isNull())
+        return m_backdrop;
+    const qreal ratio = devicePixelRatioF();
+    m_backdrop = QPixmap(size() * ratio);
+    m_backdrop.setDevicePixelRatio(ratio);
+    m_backdrop.fill(palette().window().color());
+    QPainter painter(&m_backdrop);
+    painter.setRenderHint(QPainter::Antialiasing);
     painter.setFont(m_font);
     painter.setPen(TextColor);
     painter.drawText(QRect(0, 2, width(), QFontMetrics(m_font).height()), Qt::AlignCenter, title());
     const QRect area = plotRect();
-    if (area.width() <= 0 || area.height() <= 0)
-        return;
-    painter.fillRect(area, Qt::white);
-    const XYPointRaster::Ranges r = ranges();
-    drawAxes(painter, area);
-    drawPoints(painter, area, r);
-    drawLabels(painter, area, r);
+    if (area.width() > 0 && area.height() > 0) {
+        painter.fillRect(area, Qt::white);
+        drawAxes(painter, area);
+    }
+    m_backdropKey = key;
+    return m_backdrop;
 }
 
 void XYPlotWidget::drawAxes(QPainter &painter, const QRect &area) const

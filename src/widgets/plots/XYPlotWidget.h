@@ -7,6 +7,7 @@
 #include "XYPointRaster.h"
 
 #include <QFont>
+#include <QPixmap>
 #include <QPointer>
 
 #include <limits>
@@ -80,6 +81,7 @@ protected:
 
 private:
     void setNames(const QString &x, const QString &y);
+    const QPixmap &backdrop() const;
     void drawAxes(QPainter &painter, const QRect &area) const;
     void drawLabels(QPainter &painter, const QRect &area, const XYPointRaster::Ranges &ranges) const;
     void drawYLabel(QPainter &painter, const QRect &area, int top, const QString &text) const;
@@ -118,4 +120,8 @@ private:
     QPointer<QSpinBox> m_maxPointsEdit;
     QPointer<QCheckBox> m_linesEdit;
     QPointer<QCheckBox> m_gridEdit;
+
+    // Title, frame, grid and ticks, painted once per size and settings.
+    mutable QPixmap m_backdrop;
+    mutable QString m_backdropKey;
 };
