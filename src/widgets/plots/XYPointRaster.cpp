@@ -6,7 +6,6 @@
 #include <array>
 #include <cmath>
 #include <cstdlib>
-#include <limits>
 #include <vector>
 
 namespace {
@@ -39,14 +38,7 @@ public:
     {
     }
 
-    void mark(int x, int y)
-    {
-        m_hits[(size_t(y) + 1) * m_stride + size_t(x) + 1] = 1;
-        m_left = std::min(m_left, x);
-        m_right = std::max(m_right, x);
-        m_top = std::min(m_top, y);
-        m_bottom = std::max(m_bottom, y);
-    }
+    void mark(int x, int y) { m_hits[(size_t(y) + 1) * m_stride + size_t(x) + 1] = 1; }
 
     // The pixels from (x0, y0) to (x1, y1), both inside the area: one per
     // step along the longer axis.
@@ -72,18 +64,12 @@ public:
         for (int a = 0; a < 256; ++a)
             shades[size_t(a)] = qPremultiply(qRgba(color.red(), color.green(), color.blue(), a));
         QImage image(m_width, m_height, QImage::Format_ARGB32_Premultiplied);
-        image.fill(Qt::transparent);
-        // Only around the dots: a curve covers a fraction of the area.
-        const int top = std::max(0, m_top - 1);
-        const int bottom = std::min(m_height - 1, m_bottom + 1);
-        const int left = std::max(0, m_left - 1);
-        const int right = std::min(m_width - 1, m_right + 1);
-        for (int y = top; y <= bottom; ++y) {
+        for (int y = 0; y < m_height; ++y) {
             auto *line = reinterpret_cast<QRgb *>(image.scanLine(y));
             const quint8 *up = m_hits.data() + size_t(y) * m_stride + 1;
             const quint8 *mid = up + m_stride;
             const quint8 *down = mid + m_stride;
-            for (int x = left; x <= right; ++x) {
+            for (int x = 0; x < m_width; ++x) {
                 const bool side = up[x] | down[x] | mid[x - 1] | mid[x + 1];
                 const bool corner = up[x - 1] | up[x + 1] | down[x - 1] | down[x + 1];
                 line[x] = shades[mid[x] ? Centre : side ? Side : corner ? Corner : 0];
@@ -97,11 +83,6 @@ private:
     int m_height;
     size_t m_stride;
     std::vector<quint8> m_hits;
-    // The marked pixels' bounds; empty (left > right) before the first.
-    int m_left = std::numeric_limits<int>::max();
-    int m_right = -1;
-    int m_top = std::numeric_limits<int>::max();
-    int m_bottom = -1;
 };
 
 // Cuts the segment a-b to the box [0, w] x [0, h]; false when nothing is left.
