@@ -2,6 +2,7 @@
 
 #include "ClickableLabel.h"
 #include "Dashboard.h"
+#include "DashboardWidget.h"
 #include "DashboardWidgetFactory.h"
 #include "FileActions.h"
 #include "LiveInput.h"
@@ -92,6 +93,7 @@ void Ombrix::connectProject()
     connect(m_project, &Project::definitionsLoaded, this, showTitle);
     connect(m_project, &Project::definitionsLoaded, this, &Ombrix::signalsDefChanged);
     connect(m_project, &Project::opened, this, [this, showTitle](const QString &dir) {
+        DashboardWidget::setProjectFolder(dir);
         statusBar()->showMessage(tr("Project: %1").arg(dir), 3000);
         showTitle(dir);
     });

@@ -15,6 +15,20 @@ DashboardWidget::~DashboardWidget()
         FrameClock::instance().cancel(this);
 }
 
+namespace {
+QString s_projectFolder;
+}
+
+QString DashboardWidget::projectFolder()
+{
+    return s_projectFolder;
+}
+
+void DashboardWidget::setProjectFolder(const QString &folder)
+{
+    s_projectFolder = folder;
+}
+
 QSize DashboardWidget::minimumDesignSize() const
 {
     return sizeHint().expandedTo(QSize(80, 60));

@@ -45,6 +45,12 @@ public:
     virtual void buildConfigForm(QFormLayout *form, QWidget *parent);
     virtual void applyConfigForm();
 
+    // The project folder the dashboard belongs to (empty without one):
+    // widgets that keep files (pictures) store their paths relative to it.
+    // The window sets it whenever a project is opened.
+    static QString projectFolder();
+    static void setProjectFolder(const QString &folder);
+
 Q_SIGNALS:
     // signalNames() may have changed: a new binding, or a configuration the
     // names are derived from. Routing re-reads the bindings on it; widgets
