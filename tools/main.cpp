@@ -3,8 +3,10 @@
 #include "ExportSignalsCommand.h"
 #include "InfoCommand.h"
 #include "RecordCommand.h"
+#include "RenderCommand.h"
 #include "SimulateCommand.h"
 
+#include <QApplication>
 #include <QCoreApplication>
 #include <QStringList>
 #include <QTextStream>
@@ -12,6 +14,7 @@
 #include <cstdio>
 #include <functional>
 #include <map>
+#include <memory>
 
 namespace {
 
@@ -25,6 +28,7 @@ const std::map<QString, Command> &commands()
         {QStringLiteral("info"), &InfoCommand::run},
         {QStringLiteral("export-signals"), &ExportSignalsCommand::run},
         {QStringLiteral("export-events"), &ExportEventsCommand::run},
+        {QStringLiteral("render"), &RenderCommand::run},
     };
     return table;
 }
@@ -40,6 +44,7 @@ QString usage()
         "  info            summarise a recording\n"
         "  export-signals  export a recording's signal values as CSV\n"
         "  export-events   export a recording's states, errors and messages as CSV\n"
+        "  render          render a layout's dashboard, at a moment of a recording, as a PNG\n"
         "\n"
         "Run 'ombrix-cli <command> --help' for the options of a command.\n");
 }
@@ -52,9 +57,15 @@ int main(int argc, char *argv[])
     QCoreApplication::setOrganizationDomain(QStringLiteral("tarnwell.example"));
     // The window's identity, so that both resolve the same settings.
     QCoreApplication::setApplicationName(QStringLiteral("Ombrix"));
-    QCoreApplication app(argc, argv);
+    // Rendering draws widgets, with no display needed; every other command
+    // runs on Qt Core alone.
+    const bool rendering = argc > 1 && qstrcmp(argv[1], "render") == 0;
+    if (rendering)
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    std::unique_ptr<QCoreApplication> app =
+        rendering ? std::make_unique<QApplication>(argc, argv) : std::make_unique<QCoreApplication>(argc, argv);
 
-    QStringList args = app.arguments();
+    QStringList args = app->arguments();
     QTextStream err(stderr);
     if (args.size() < 2) {
         err << "ombrix-cli: no command given\n" << usage();

@@ -82,6 +82,7 @@ public:
 
     Project *project() const { return m_project; }
     ModeController *modes() const { return m_modes; }
+    PlaybackSession *playback() const { return m_playback; }
     MainToolBars *toolBars() const { return m_toolBars; }
     WidgetPalette *palette() const { return m_palette; }
     Dashboard *dashboard() const { return m_dashboard; }

@@ -27,6 +27,11 @@ ConsoleWidget::ConsoleWidget(QWidget *parent)
     setMinimumSize(200, 100);
 }
 
+QSize ConsoleWidget::sizeHint() const
+{
+    return minimumSize();
+}
+
 void ConsoleWidget::setValue(double value)
 {
     Q_UNUSED(value);

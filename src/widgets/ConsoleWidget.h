@@ -34,6 +34,9 @@ class ConsoleWidget : public DashboardWidget
 public:
     explicit ConsoleWidget(QWidget *parent = nullptr);
 
+    /// The minimum size: a console may be laid out as small as that, not as
+    /// large as its text view would like to be.
+    QSize sizeHint() const override;
     /// Consoles show events, not values.
     void setValue(double value) override;
     bool usesSignals() const override;

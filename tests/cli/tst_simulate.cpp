@@ -123,7 +123,7 @@ private:
     SerialSettings m_reader; // the device, opened through its link
 };
 
-// A whole demo line holds each of its ten signals once; a line cut and
+// A whole demo line holds each of its eleven signals once; a line cut and
 // joined to another holds some twice.
 static bool isWholeDemoLine(const QString &raw)
 {
@@ -132,7 +132,7 @@ static bool isWholeDemoLine(const QString &raw)
         if (token.contains(u'=') && !token.startsWith(QLatin1String("ST_")) && !token.startsWith(QLatin1String("ERR=")))
             keys.append(token.section(u'=', 0, 0));
     }
-    return keys.size() == 10 && keys.removeDuplicates() == 0;
+    return keys.size() == 11 && keys.removeDuplicates() == 0;
 }
 
 // A reader too slow for the rate misses old lines, but never gets a broken one.
