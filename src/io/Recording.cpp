@@ -31,11 +31,17 @@
  * - Anything else is read with the device's token rules: ST_<group>=<state>
  *   is a state, ERR=<id> an error, any other key with a numeric value a
  *   value; words that fit no rule are ignored.
- * - Consecutive lines with the same time form one frame: a later value of
- *   the same signal overwrites, events append in file order. A line that
- *   carries nothing (only a time, or only malformed words) adds no frame.
- *   A time that goes backwards (a device that restarted its clock) is held
- *   at the previous time, so that frames stay in file order and ascending.
+ * - A frame is what one device line brought: the writer puts its states and
+ *   errors (in token order), its value set and its message on lines of
+ *   their own, in that order and with the same time. So consecutive lines
+ *   with the same time form one frame while they keep that order; a second
+ *   value set (or message, or a state or error after a value set) starts a
+ *   new frame, so that no recorded value overwrites another. Within one
+ *   line, a repeated value keeps the last. A line that carries nothing
+ *   (only a time, or only malformed words) adds no frame.
+ * - A time that goes backwards (a device that restarted its clock) starts a
+ *   new frame with its own time; frames stay in file order. Positions (the
+ *   slider, seeking, the duration) follow the largest time so far.
  */
 
 namespace {
@@ -60,9 +66,12 @@ public:
     void finish();
 
 private:
+    // What a frame holds, in the order the writer puts a device line's parts.
+    enum Part { Events, Values, Message };
+
     // The frame of the current line, created on its first content, so that
-    // a line that carries nothing adds no frame.
-    int currentFrame();
+    // a line that carries nothing adds no frame; `part` is what it adds.
+    int currentFrame(Part part);
     void addMessage(QString text);
     void addToken(QStringView token, qsizetype equals);
     void setValue(int name, double value);
@@ -76,6 +85,9 @@ private:
     int m_tokenOrdinal = 0;
     double m_lineTime = 0.0;
     bool m_lineHasFrame = false;
+    Part m_framePart = Events;      // the last part the open frame took
+    bool m_frameHasValues = false;
+    bool m_frameHasMessage = false;
 };
 
 void RecordingLoader::reserveFor(qint64 fileBytes)
@@ -83,6 +95,7 @@ void RecordingLoader::reserveFor(qint64 fileBytes)
     // A typical line is 40-80 bytes with a few values; squeezed at the end.
     const qint64 lines = fileBytes / 48 + 16;
     r.m_times.reserve(lines);
+    r.m_positions.reserve(lines);
     r.m_valueBegin.reserve(lines + 1);
     r.m_valueNames.reserve(lines * 3);
     r.m_values.reserve(lines * 3);
@@ -123,18 +136,28 @@ void RecordingLoader::addLine(QStringView line)
         addToken(token, equals);
 }
 
-int RecordingLoader::currentFrame()
+int RecordingLoader::currentFrame(Part part)
 {
     if (!m_lineHasFrame) {
         m_lineHasFrame = true;
-        // Same time (or backwards): the line joins the last frame.
-        if (r.m_times.isEmpty() || m_lineTime > r.m_times.constLast()) {
+        const bool joins = !r.m_times.isEmpty() && m_lineTime == r.m_times.constLast() && part >= m_framePart
+            && !(part == Values && m_frameHasValues) && !(part == Message && m_frameHasMessage);
+        if (!joins) {
+            const double position = r.m_positions.isEmpty() ? m_lineTime
+                                                            : std::max(m_lineTime, r.m_positions.constLast());
             r.m_times.append(m_lineTime);
+            r.m_positions.append(position);
             if (r.m_valueBegin.isEmpty())
                 r.m_valueBegin.append(0);
             r.m_valueBegin.append(int(r.m_values.size()));
+            m_frameHasValues = false;
+            m_frameHasMessage = false;
+            m_framePart = Events;
         }
     }
+    m_framePart = std::max(m_framePart, part);
+    m_frameHasValues |= part == Values;
+    m_frameHasMessage |= part == Message;
     return int(r.m_times.size()) - 1;
 }
 
@@ -142,7 +165,7 @@ void RecordingLoader::addMessage(QString text)
 {
     if (text.isEmpty())
         return;
-    const int frame = currentFrame();
+    const int frame = currentFrame(Message);
     r.m_messages.append({frame, int(r.m_messageTexts.size())});
     r.m_messageTexts.append(std::move(text));
 }
@@ -153,13 +176,13 @@ void RecordingLoader::addToken(QStringView token, qsizetype equals)
     const LineToken read = LineParser::readToken(token, equals);
     switch (read.kind) {
     case LineToken::State:
-        r.m_states.append({currentFrame(), internWord(read.key), internWord(read.value)});
+        r.m_states.append({currentFrame(Events), internWord(read.key), internWord(read.value)});
         break;
     case LineToken::Error:
-        r.m_errors.append({currentFrame(), internWord(read.value)});
+        r.m_errors.append({currentFrame(Events), internWord(read.value)});
         break;
     case LineToken::Value:
-        currentFrame();
+        currentFrame(Values);
         setValue(internName(read.key), read.number);
         break;
     case LineToken::Word:
@@ -223,7 +246,15 @@ void RecordingLoader::finish()
 {
     if (r.m_valueBegin.isEmpty())
         r.m_valueBegin.append(0);
+    r.m_valueFrameUpTo.resize(r.m_times.size());
+    int lastWithValues = -1;
+    for (int frame = 0; frame < r.m_times.size(); ++frame) {
+        if (r.m_valueBegin.at(frame + 1) > r.m_valueBegin.at(frame))
+            lastWithValues = frame;
+        r.m_valueFrameUpTo[frame] = lastWithValues;
+    }
     r.m_times.squeeze();
+    r.m_positions.squeeze();
     r.m_valueBegin.squeeze();
     r.m_valueNames.squeeze();
     r.m_values.squeeze();
@@ -303,7 +334,7 @@ int Recording::frameCount() const
 
 double Recording::duration() const
 {
-    return m_times.isEmpty() ? 0.0 : m_times.constLast();
+    return m_positions.isEmpty() ? 0.0 : m_positions.constLast();
 }
 
 double Recording::timeAt(int index) const
@@ -313,7 +344,7 @@ double Recording::timeAt(int index) const
 
 int Recording::indexAtOrAfter(double t) const
 {
-    return int(std::lower_bound(m_times.cbegin(), m_times.cend(), t) - m_times.cbegin());
+    return int(std::lower_bound(m_positions.cbegin(), m_positions.cend(), t) - m_positions.cbegin());
 }
 
 QMap<QString, double> Recording::valuesAt(int index) const

@@ -9,8 +9,8 @@
 
 #include <functional>
 
-// A recording file read back into memory as frames, one per distinct time,
-// in ascending time order. Storage is compact (a recording of a million lines
+// A recording file read back into memory as frames, one per device line, in
+// file order (see Recording.cpp for how lines become frames). Storage is compact (a recording of a million lines
 // must stay within a few times its file size); frameAt() builds a
 // PlaybackFrame on demand.
 class Recording
@@ -27,8 +27,13 @@ public:
 
     int frameCount() const;
     bool isEmpty() const { return frameCount() == 0; }
-    double duration() const; // time of the last frame
+    double duration() const; // the largest time
+    // The frame's own time, as recorded (after a device's clock restarted, it
+    // may be earlier than the frame before).
     double timeAt(int index) const;
+    // Where the frame stands in the recording: the largest time up to it,
+    // never decreasing; seeking and the slider go by it.
+    double positionAt(int index) const { return m_positions.at(index); }
     PlaybackFrame frameAt(int index) const;
     // Every signal name that occurs in the recording, ascending.
     QStringList signalNames() const;
@@ -50,9 +55,12 @@ public:
         int id = 0; // errors: index into words(); messages: into messages()
     };
 
-    // The first frame whose time is at or after t (frameCount() when none).
+    // The first frame whose position is at or after t (frameCount() when none).
     int indexAtOrAfter(double t) const;
     QMap<QString, double> valuesAt(int index) const;
+    // The last frame at or before index that holds a value set, or -1: the
+    // values in force there (a frame may hold only events).
+    int valueFrameUpTo(int index) const { return index < 0 ? -1 : m_valueFrameUpTo.at(index); }
     const QList<StateEntry> &stateEntries() const { return m_states; }
     const QList<IdEntry> &errorEntries() const { return m_errors; }
     const QList<IdEntry> &messageEntries() const { return m_messages; }
@@ -67,7 +75,9 @@ private:
 
     QString m_path;
     QString m_errorString;
-    QList<double> m_times;           // per frame, ascending
+    QList<double> m_times;           // per frame, as recorded
+    QList<double> m_positions;       // per frame, the largest time so far
+    QList<int> m_valueFrameUpTo;     // per frame, see valueFrameUpTo()
     QList<int> m_valueBegin;         // per frame + 1: range into the value arrays
     QList<int> m_valueNames;         // index into m_names
     QList<double> m_values;

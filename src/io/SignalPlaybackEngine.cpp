@@ -111,7 +111,7 @@ void SignalPlaybackEngine::start()
     const double firstDt = count >= 2 ? m_frames.timeAt(1) - m_frames.timeAt(0) : -1.0;
     qDebug() << "[Playback] frames:" << count << "maxTimestamp:" << m_maxTimestamp
              << "playbackRate:" << m_playbackRate << "first dt:" << firstDt;
-    if (m_index < count && m_frames.timeAt(m_index) >= m_currentTime)
+    if (m_index < count && m_frames.positionAt(m_index) >= m_currentTime)
         Q_EMIT signalValuesUpdatedAt(m_frames.timeAt(m_index), m_frames.valuesAt(m_index));
     restartClock();
     m_lastElapsed = 0;
@@ -165,7 +165,7 @@ void SignalPlaybackEngine::tick()
         }
         m_currentTime = m_playTime;
 
-        while (m_index < count && m_playTime >= m_frames.timeAt(m_index))
+        while (m_index < count && m_playTime >= m_frames.positionAt(m_index))
             emitFrame(m_index++);
 
         Q_EMIT playbackTimeAdvanced(m_playTime);
@@ -227,8 +227,11 @@ void SignalPlaybackEngine::seek(double tSec)
 
     // -1: no frame, nothing in force but the cleared known groups.
     const int last = m_frames.isEmpty() ? -1 : std::max(0, m_index - 1);
-    if (last >= 0)
-        Q_EMIT signalValuesUpdated(m_frames.valuesAt(last));
+    // The last value set up to there: the frame itself may hold only events.
+    if (last >= 0) {
+        const int values = m_frames.valueFrameUpTo(last);
+        Q_EMIT signalValuesUpdated(m_frames.valuesAt(values >= 0 ? values : last));
+    }
     announceStatesUpTo(last);
     Q_EMIT errorReset();
     emitEvents(m_frames.errorEntries(), m_frames.words(), 0, last, &SignalPlaybackEngine::errorEvent);

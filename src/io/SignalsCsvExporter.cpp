@@ -96,7 +96,7 @@ bool writeSamples(CsvFileWriter &writer, QString &chunk, const Recording &record
     int next = 0;
     for (qint64 i = 0; i < samples; ++i) {
         const double t = double(i) / rateHz;
-        while (next < count && recording.timeAt(next) <= t + TimeTolerance)
+        while (next < count && recording.positionAt(next) <= t + TimeTolerance)
             latest.take(recording.valuesAt(next++));
         latest.appendRow(chunk, t);
         if (!writer.flushChunk(chunk, i + 1, samples, error))

@@ -54,7 +54,7 @@ private Q_SLOTS:
         for (const QByteArray &line : run.out.split('\n').mid(1))
             rows.append(line.simplified().split(' '));
         const QList<QByteArrayList> expected = {
-            {"Duration:", "1.000000", "s"}, {"Frames:", "5"}, {"Signals:", "2"}, {"States:", "2"},
+            {"Duration:", "1.000000", "s"}, {"Frames:", "8"}, {"Signals:", "2"}, {"States:", "2"},
             {"Errors:", "1"}, {"Messages:", "1"}, {""}, {"Signal", "Samples", "Min", "Max"},
             {"RPM", "3", "900", "1500"}, {"TEMP", "3", "-3.25", "22"}, {""},
         };
@@ -63,6 +63,23 @@ private Q_SLOTS:
 
     void exportsEqualTheWindowExporters_data();
     void exportsEqualTheWindowExporters();
+
+    // A fast device repeats its time stamp, and one that restarts sends its
+    // clock backwards: every value set must still come back.
+    void repeatedAndBackwardTimesKeepEverySample()
+    {
+        const QString rec = m_dir.filePath(QStringLiteral("fast.rec"));
+        QVERIFY(writeFile(rec, "5.000000 A=1\n5.000000 A=2\n5.000000 ERR=E1\n5.000000 A=3\n3.000000 A=4\n"));
+        const CliRun info = CliRun::run({"info", rec});
+        QVERIFY2(info.out.contains("Frames:   4\n"), info.out.constData());
+        QVERIFY2(info.out.contains("\nA             4    1    4\n"), info.out.constData());
+        const QString out = m_dir.filePath(QStringLiteral("fast.csv"));
+        QCOMPARE(CliRun::run({"export-signals", rec, "-o", out}).exitCode, 0);
+        QCOMPARE(readFile(out), QByteArray("time,A\n5.000000,1\n5.000000,2\n5.000000,3\n3.000000,4\n"));
+        QCOMPARE(CliRun::run({"export-events", rec, "-o", out}).exitCode, 0);
+        QCOMPARE(readFile(out), QByteArray("time,type,key,value,display\n5.000000,ERROR,\"E1\",,\"E1\"\n"));
+    }
+
     void helpGoesToStdout()
     {
         const CliRun run = CliRun::run({"simulate", "--help"});
