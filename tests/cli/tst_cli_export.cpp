@@ -77,7 +77,7 @@ private Q_SLOTS:
         QCOMPARE(CliRun::run({"export-signals", rec, "-o", out}).exitCode, 0);
         QCOMPARE(readFile(out), QByteArray("time,A\n5.000000,1\n5.000000,2\n5.000000,3\n3.000000,4\n"));
         QCOMPARE(CliRun::run({"export-events", rec, "-o", out}).exitCode, 0);
-        QCOMPARE(readFile(out), QByteArray("time,type,key,value,display\n5.000000,ERROR,\"E1\",,\"E1\"\n"));
+        QCOMPARE(readFile(out), QByteArray("time,type,key,value,display\n5.000000,ERROR,\"E1\",,\"\"\n"));
     }
 
     void helpGoesToStdout()
