@@ -5,8 +5,10 @@
 #include "AnalogGaugeWidget.h"
 #include "DigitalDisplayWidget.h"
 #include "ErrorConsoleWidget.h"
+#include "LineWidget.h"
 #include "MessagesConsoleWidget.h"
 #include "StateIndicatorWidget.h"
+#include "TextLabelWidget.h"
 #include "TrendPlotWidget.h"
 #include "XYPlotWidget.h"
 
@@ -28,6 +30,8 @@ void DashboardWidgetFactory::registerBuiltInTypes()
     // Rows in palette order.
     registerType(QStringLiteral("AnalogGauge"), make<AnalogGaugeWidget>, QIcon(QStringLiteral(":/icons/gauge.png")));
     registerType(QStringLiteral("DigitalDisplay"), make<DigitalDisplayWidget>, QIcon(QStringLiteral(":/icons/display.png")));
+    registerType(QStringLiteral("Line"), make<LineWidget>, QIcon(QStringLiteral(":/icons/line.png")));
+    registerType(QStringLiteral("TextLabel"), make<TextLabelWidget>, QIcon(QStringLiteral(":/icons/text.png")));
     registerType(QStringLiteral("TrendPlot"), make<TrendPlotWidget>, QIcon(QStringLiteral(":/icons/line_chart.png")));
     registerType(QStringLiteral("StateIndicator"), make<StateIndicatorWidget>, QIcon(QStringLiteral(":/icons/state.png")));
     registerType(QStringLiteral("ErrorConsole"), make<ErrorConsoleWidget>, QIcon(QStringLiteral(":/icons/error_console.png")));

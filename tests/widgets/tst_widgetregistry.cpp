@@ -18,8 +18,8 @@ private Q_SLOTS:
     void builtInTypesCreateThemselvesInTableOrder()
     {
         DashboardWidgetFactory &factory = DashboardWidgetFactory::instance();
-        const QStringList tableOrder{"AnalogGauge", "DigitalDisplay", "TrendPlot", "StateIndicator",
-                                     "ErrorConsole", "MessagesConsole", "XYPlot"};
+        const QStringList tableOrder{"AnalogGauge", "DigitalDisplay", "Line", "TextLabel", "TrendPlot",
+                                     "StateIndicator", "ErrorConsole", "MessagesConsole", "XYPlot"};
         for (const QString &typeName : tableOrder) {
             std::unique_ptr<DashboardWidget> widget(factory.create(typeName));
             QVERIFY(widget && !widget->parent());
