@@ -3,6 +3,7 @@
 #include "DashboardWidgetFactory.h"
 
 #include "AnalogGaugeWidget.h"
+#include "BarGraphWidget.h"
 #include "DigitalDisplayWidget.h"
 #include "ErrorConsoleWidget.h"
 #include "MessagesConsoleWidget.h"
@@ -28,6 +29,7 @@ void DashboardWidgetFactory::registerBuiltInTypes()
     // Rows in palette order.
     registerType(QStringLiteral("AnalogGauge"), make<AnalogGaugeWidget>, QIcon(QStringLiteral(":/icons/gauge.png")));
     registerType(QStringLiteral("DigitalDisplay"), make<DigitalDisplayWidget>, QIcon(QStringLiteral(":/icons/display.png")));
+    registerType(QStringLiteral("BarGraph"), make<BarGraphWidget>, QIcon(QStringLiteral(":/icons/bar_chart.png")));
     registerType(QStringLiteral("TrendPlot"), make<TrendPlotWidget>, QIcon(QStringLiteral(":/icons/line_chart.png")));
     registerType(QStringLiteral("StateIndicator"), make<StateIndicatorWidget>, QIcon(QStringLiteral(":/icons/state.png")));
     registerType(QStringLiteral("ErrorConsole"), make<ErrorConsoleWidget>, QIcon(QStringLiteral(":/icons/error_console.png")));

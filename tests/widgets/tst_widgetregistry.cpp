@@ -18,7 +18,7 @@ private Q_SLOTS:
     void builtInTypesCreateThemselvesInTableOrder()
     {
         DashboardWidgetFactory &factory = DashboardWidgetFactory::instance();
-        const QStringList tableOrder{"AnalogGauge", "DigitalDisplay", "TrendPlot", "StateIndicator",
+        const QStringList tableOrder{"AnalogGauge", "DigitalDisplay", "BarGraph", "TrendPlot", "StateIndicator",
                                      "ErrorConsole", "MessagesConsole", "XYPlot"};
         for (const QString &typeName : tableOrder) {
             std::unique_ptr<DashboardWidget> widget(factory.create(typeName));
