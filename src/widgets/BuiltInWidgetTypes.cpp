@@ -6,6 +6,7 @@
 #include "BarGraphWidget.h"
 #include "DigitalDisplayWidget.h"
 #include "ErrorConsoleWidget.h"
+#include "ImageWidget.h"
 #include "MessagesConsoleWidget.h"
 #include "StateIndicatorWidget.h"
 #include "TrendPlotWidget.h"
@@ -34,5 +35,6 @@ void DashboardWidgetFactory::registerBuiltInTypes()
     registerType(QStringLiteral("StateIndicator"), make<StateIndicatorWidget>, QIcon(QStringLiteral(":/icons/state.png")));
     registerType(QStringLiteral("ErrorConsole"), make<ErrorConsoleWidget>, QIcon(QStringLiteral(":/icons/error_console.png")));
     registerType(QStringLiteral("MessagesConsole"), make<MessagesConsoleWidget>, QIcon(QStringLiteral(":/icons/message-console.png")));
+    registerType(QStringLiteral("Image"), make<ImageWidget>, QIcon(QStringLiteral(":/icons/image-icon.png")));
     registerType(QStringLiteral("XYPlot"), make<XYPlotWidget>, QIcon(QStringLiteral(":/icons/xy_plot.png")));
 }

@@ -19,7 +19,7 @@ private Q_SLOTS:
     {
         DashboardWidgetFactory &factory = DashboardWidgetFactory::instance();
         const QStringList tableOrder{"AnalogGauge", "DigitalDisplay", "BarGraph", "TrendPlot", "StateIndicator",
-                                     "ErrorConsole", "MessagesConsole", "XYPlot"};
+                                     "ErrorConsole", "MessagesConsole", "Image", "XYPlot"};
         for (const QString &typeName : tableOrder) {
             std::unique_ptr<DashboardWidget> widget(factory.create(typeName));
             QVERIFY(widget && !widget->parent());
