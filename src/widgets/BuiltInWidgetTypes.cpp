@@ -3,8 +3,10 @@
 #include "DashboardWidgetFactory.h"
 
 #include "AnalogGaugeWidget.h"
+#include "BarGraphWidget.h"
 #include "DigitalDisplayWidget.h"
 #include "ErrorConsoleWidget.h"
+#include "ImageWidget.h"
 #include "LineWidget.h"
 #include "MessagesConsoleWidget.h"
 #include "StateIndicatorWidget.h"
@@ -30,11 +32,13 @@ void DashboardWidgetFactory::registerBuiltInTypes()
     // Rows in palette order.
     registerType(QStringLiteral("AnalogGauge"), make<AnalogGaugeWidget>, QIcon(QStringLiteral(":/icons/gauge.png")));
     registerType(QStringLiteral("DigitalDisplay"), make<DigitalDisplayWidget>, QIcon(QStringLiteral(":/icons/display.png")));
+    registerType(QStringLiteral("BarGraph"), make<BarGraphWidget>, QIcon(QStringLiteral(":/icons/bar_chart.png")));
     registerType(QStringLiteral("Line"), make<LineWidget>, QIcon(QStringLiteral(":/icons/line.png")));
     registerType(QStringLiteral("TextLabel"), make<TextLabelWidget>, QIcon(QStringLiteral(":/icons/text.png")));
     registerType(QStringLiteral("TrendPlot"), make<TrendPlotWidget>, QIcon(QStringLiteral(":/icons/line_chart.png")));
     registerType(QStringLiteral("StateIndicator"), make<StateIndicatorWidget>, QIcon(QStringLiteral(":/icons/state.png")));
     registerType(QStringLiteral("ErrorConsole"), make<ErrorConsoleWidget>, QIcon(QStringLiteral(":/icons/error_console.png")));
     registerType(QStringLiteral("MessagesConsole"), make<MessagesConsoleWidget>, QIcon(QStringLiteral(":/icons/message-console.png")));
+    registerType(QStringLiteral("Image"), make<ImageWidget>, QIcon(QStringLiteral(":/icons/image-icon.png")));
     registerType(QStringLiteral("XYPlot"), make<XYPlotWidget>, QIcon(QStringLiteral(":/icons/xy_plot.png")));
 }
