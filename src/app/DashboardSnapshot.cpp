@@ -25,7 +25,10 @@ namespace {
 class UnattendedPrompts : public UserPrompts
 {
 public:
-    void warning(QWidget *, const QString &, const QString &text) override { remember(text); }
+    void warning(QWidget *, const QString &, const QString &text, const QString &details) override
+    {
+        remember(details.isEmpty() ? text : text + QLatin1Char(' ') + details);
+    }
     void information(QWidget *, const QString &, const QString &text) override { remember(text); }
     QString openFileName(QWidget *, const QString &, const QString &, const QString &) override { return {}; }
     QString saveFileName(QWidget *, const QString &, const QString &, const QString &) override { return {}; }

@@ -7,9 +7,15 @@
 #include <QFileDialog>
 #include <QMessageBox>
 
-void UserPrompts::warning(QWidget *parent, const QString &title, const QString &text)
+void UserPrompts::warning(QWidget *parent, const QString &title, const QString &text, const QString &details)
 {
-    QMessageBox::warning(parent, title, text, QMessageBox::Ok);
+    if (details.isEmpty()) {
+        QMessageBox::warning(parent, title, text, QMessageBox::Ok);
+        return;
+    }
+    QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::Ok, parent);
+    box.setInformativeText(details);
+    box.exec();
 }
 
 void UserPrompts::information(QWidget *parent, const QString &title, const QString &text)

@@ -18,7 +18,10 @@ class UserPrompts
 public:
     virtual ~UserPrompts() = default;
 
-    virtual void warning(QWidget *parent, const QString &title, const QString &text);
+    // `details` (the file and the system's reason) goes under the text, which
+    // stays the short message the user knows.
+    virtual void warning(QWidget *parent, const QString &title, const QString &text,
+                         const QString &details = QString());
     virtual void information(QWidget *parent, const QString &title, const QString &text);
     // Each returns an empty string when the user cancels.
     virtual QString openFileName(QWidget *parent, const QString &caption, const QString &dir,

@@ -18,6 +18,7 @@ public:
     {
         QString title;
         QString text;
+        QString details;
     };
 
     // Installs a fresh instance on the window; the window owns it.
@@ -36,8 +37,14 @@ public:
     QList<bool> introAnswers;  // answers to the intro dialog; none left = cancel
     int introShown = 0;
 
-    void warning(QWidget *, const QString &title, const QString &text) override { warnings.append({title, text}); }
-    void information(QWidget *, const QString &title, const QString &text) override { informations.append({title, text}); }
+    void warning(QWidget *, const QString &title, const QString &text, const QString &details) override
+    {
+        warnings.append({title, text, details});
+    }
+    void information(QWidget *, const QString &title, const QString &text) override
+    {
+        informations.append({title, text, QString()});
+    }
     QString openFileName(QWidget *, const QString &caption, const QString &, const QString &) override { return answer(caption); }
     QString saveFileName(QWidget *, const QString &caption, const QString &, const QString &) override { return answer(caption); }
     QString existingDirectory(QWidget *, const QString &caption, const QString &) override { return answer(caption); }
