@@ -1,0 +1,235 @@
+// Layouts at scale: a 10,000-item layout of every widget type (the demo's
+// items, repeated over a large surface) loaded into a shown window, and a
+// layout of absurd sizes and positions. The figures say how long the load
+// takes, what the first paint after it costs, how much memory the dashboard
+// adds, and what a new widget costs on a full dashboard.
+#include "Dashboard.h"
+#include "DashboardItem.h"
+#include "Ombrix.h"
+#include "UserPrompts.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QGraphicsView>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSet>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <vector>
+
+#include <unistd.h>
+
+namespace {
+
+constexpr int ManyItems = 10000;
+constexpr int Rounds = 3;
+constexpr double LoadTargetMs = 2000.0;
+constexpr double PaintTargetMs = 100.0;
+constexpr double AddTargetMs = 50.0;
+constexpr double AbsurdTargetMb = 150.0;
+
+// Failures are printed, never asked about: nobody is there to click.
+class PrintedPrompts : public UserPrompts
+{
+public:
+    void warning(QWidget *, const QString &title, const QString &text, const QString &details) override
+    {
+        std::fprintf(stderr, "bench_layout: %s: %s %s\n", qPrintable(title), qPrintable(text), qPrintable(details));
+    }
+    void information(QWidget *, const QString &, const QString &text) override
+    {
+        std::fprintf(stderr, "bench_layout: %s\n", qPrintable(text));
+    }
+};
+
+double residentMb()
+{
+    QFile statm(QStringLiteral("/proc/self/statm"));
+    if (!statm.open(QIODevice::ReadOnly))
+        return 0.0;
+    const QList<QByteArray> fields = statm.readAll().split(' ');
+    return fields.size() > 1 ? fields.at(1).toDouble() * double(sysconf(_SC_PAGESIZE)) / (1024.0 * 1024.0) : 0.0;
+}
+
+bool copyDemo(const QString &from, const QString &to)
+{
+    QDir source(from);
+    QDir().mkpath(to);
+    for (const QString &entry : source.entryList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot)) {
+        const QString path = source.filePath(entry);
+        if (QFileInfo(path).isDir()) {
+            if (!copyDemo(path, QDir(to).filePath(entry)))
+                return false;
+        } else if (!QFile::copy(path, QDir(to).filePath(entry))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+QJsonArray demoRecords(const QString &project)
+{
+    QFile file(QDir(project).filePath(QStringLiteral("layouts/demo.json")));
+    if (!file.open(QIODevice::ReadOnly))
+        qFatal("bench_layout: no demo layout");
+    return QJsonDocument::fromJson(file.readAll()).object().value(QLatin1String("items")).toArray();
+}
+
+bool writeLayout(const QString &path, const QJsonArray &items)
+{
+    QFile file(path);
+    QJsonObject root;
+    root.insert(QLatin1String("items"), items);
+    return file.open(QIODevice::WriteOnly) && file.write(QJsonDocument(root).toJson()) > 0;
+}
+
+// The demo's records one after the other on a 100-column grid of 200-unit
+// cells, each on top of the ones before.
+QJsonArray manyRecords(const QJsonArray &demo, int count)
+{
+    QJsonArray items;
+    for (int i = 0; i < count; ++i) {
+        QJsonObject record = demo.at(i % demo.size()).toObject();
+        record.insert(QLatin1String("x"), (i % 100) * 200);
+        record.insert(QLatin1String("y"), (i / 100) * 200);
+        record.insert(QLatin1String("z"), i);
+        items.append(record);
+    }
+    return items;
+}
+
+// Every record of the demo at 1e9 x 1e9 on the visible corner, and again
+// as far out as a number goes.
+QJsonArray absurdRecords(const QJsonArray &demo)
+{
+    QJsonArray items;
+    for (const QJsonValue &value : demo) {
+        QJsonObject record = value.toObject();
+        record.insert(QLatin1String("width"), 1e9);
+        record.insert(QLatin1String("height"), 1e9);
+        record.insert(QLatin1String("x"), 0);
+        record.insert(QLatin1String("y"), 0);
+        items.append(record);
+        record.insert(QLatin1String("x"), 1e300);
+        record.insert(QLatin1String("y"), -1e300);
+        items.append(record);
+    }
+    return items;
+}
+
+void settle()
+{
+    for (int i = 0; i < 3; ++i)
+        QApplication::processEvents();
+}
+
+struct Figures
+{
+    double loadMs = 0.0;
+    double paintMs = 0.0;
+    double addedMb = 0.0;
+    double addWidgetMs = 0.0;
+};
+
+Figures loadInto(const QString &project, const QString &layout)
+{
+    Ombrix window;
+    window.setPrompts(std::make_unique<PrintedPrompts>());
+    window.setProjectDir(project);
+    window.resize(1280, 800);
+    window.show();
+    settle();
+
+    Figures figures;
+    const double before = residentMb();
+    QElapsedTimer timer;
+    timer.start();
+    if (!window.loadLayoutFrom(layout))
+        qFatal("bench_layout: cannot load %s", qPrintable(layout));
+    figures.loadMs = timer.nsecsElapsed() / 1e6;
+
+    timer.restart();
+    window.dashboard()->view()->viewport()->repaint();
+    settle();
+    figures.paintMs = timer.nsecsElapsed() / 1e6;
+    figures.addedMb = residentMb() - before;
+
+    timer.restart();
+    window.dashboard()->addWidget(QStringLiteral("DigitalDisplay"));
+    figures.addWidgetMs = timer.nsecsElapsed() / 1e6;
+    return figures;
+}
+
+int typeCount(const QJsonArray &records)
+{
+    QSet<QString> types;
+    for (const QJsonValue &record : records)
+        types.insert(record[QLatin1String("type")].toString());
+    return int(types.size());
+}
+
+double median(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+const char *verdict(bool met)
+{
+    return met ? "(met)" : "(MISSED)";
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QStandardPaths::setTestModeEnabled(true);
+    QApplication app(argc, argv);
+
+    QTemporaryDir root;
+    const QString project = root.filePath(QStringLiteral("demo"));
+    if (!copyDemo(QStringLiteral(OMBRIX_SOURCE_DIR "/examples/demo"), project))
+        qFatal("bench_layout: cannot copy the demo project");
+    const QJsonArray demo = demoRecords(project);
+    const QString many = QDir(project).filePath(QStringLiteral("layouts/many.json"));
+    const QString absurd = QDir(project).filePath(QStringLiteral("layouts/absurd.json"));
+    if (!writeLayout(many, manyRecords(demo, ManyItems)) || !writeLayout(absurd, absurdRecords(demo)))
+        qFatal("bench_layout: cannot write the layouts");
+
+    // The absurd layout first, while nothing else has touched the memory.
+    const Figures huge = loadInto(project, absurd);
+    std::printf("| Layout of %d items at 1e9 x 1e9 (half of them 1e300 out): memory added, shown and painted | %.0f MB | < %.0f MB %s |\n",
+                int(demo.size()) * 2, huge.addedMb, AbsurdTargetMb, verdict(huge.addedMb < AbsurdTargetMb));
+
+    std::vector<Figures> rounds;
+    for (int round = 0; round < Rounds; ++round)
+        rounds.push_back(loadInto(project, many));
+    std::vector<double> load, paint, add;
+    for (const Figures &f : rounds) {
+        load.push_back(f.loadMs);
+        paint.push_back(f.paintMs);
+        add.push_back(f.addWidgetMs);
+    }
+    const double loadMs = median(load);
+    const double paintMs = median(paint);
+    const double addMs = median(add);
+    std::printf("| Load a %d-item layout (all %d widget types) into a shown window | %.0f ms (median of %d) | < %.0f ms %s |\n",
+                ManyItems, typeCount(demo), loadMs, Rounds, LoadTargetMs, verdict(loadMs < LoadTargetMs));
+    std::printf("| First paint of the window after it | %.0f ms (median of %d) | < %.0f ms %s |\n", paintMs, Rounds,
+                PaintTargetMs, verdict(paintMs < PaintTargetMs));
+    std::printf("| Memory the %d items add (first load) | %.0f MB | - |\n", ManyItems, rounds.front().addedMb);
+    std::printf("| Add a widget to the full dashboard (free place search) | %.1f ms (median of %d) | < %.0f ms %s |\n",
+                addMs, Rounds, AddTargetMs, verdict(addMs < AddTargetMs));
+    return 0;
+}
