@@ -49,6 +49,7 @@ FileActions::FileActions(Project *project, Dashboard *dashboard, PlaybackSession
     , m_dashboard(dashboard)
     , m_playback(playback)
     , m_window(window)
+    , m_layout(dashboard->scene(), window)
 {
 }
 
@@ -88,7 +89,7 @@ void FileActions::saveLayout()
 
 bool FileActions::saveLayoutTo(const QString &path)
 {
-    if (LayoutFile::save(path, m_dashboard->scene(), m_window) == LayoutFile::Result::Ok)
+    if (m_layout.save(path) == LayoutFile::Result::Ok)
         return true;
     m_project->prompts().warning(m_window, tr("Error"), tr("Could not save layout."));
     return false;
@@ -104,9 +105,7 @@ void FileActions::loadLayout()
 
 bool FileActions::loadLayoutFrom(const QString &path)
 {
-    const LayoutFile::Result result =
-        LayoutFile::load(path, m_dashboard->scene(), m_window, m_dashboard->designMode(), m_detachedItems);
-    switch (result) {
+    switch (m_layout.load(path, m_dashboard->designMode())) {
     case LayoutFile::Result::Ok:
         return true;
     case LayoutFile::Result::OpenFailed:

@@ -7,13 +7,15 @@
 #include <QGraphicsScene>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QJsonObject>
 #include <QMainWindow>
 #include <QSaveFile>
+
+#include <algorithm>
 
 namespace {
 
 const QLatin1String ItemsKey("items");
+const QLatin1String TypeKey("type");
 const QLatin1String GeometryKey("windowGeometry");
 const QLatin1String StateKey("windowState");
 const QLatin1String MaximizedKey("isMaximized");
@@ -44,26 +46,42 @@ void restoreWindow(QMainWindow *window, const QJsonObject &root)
         window->showMaximized();
 }
 
+// A record meant for a widget, as opposed to a damaged element: worth
+// keeping when this version has no such widget.
+bool namesWidgetType(const QJsonValue &value)
+{
+    return value.isObject() && !value.toObject().value(TypeKey).toString().isEmpty();
+}
+
 } // namespace
 
-LayoutFile::Result LayoutFile::save(const QString &path, QGraphicsScene *scene, QMainWindow *window)
+LayoutFile::LayoutFile(QGraphicsScene *scene, QMainWindow *window)
+    : m_scene(scene)
+    , m_window(window)
+{
+}
+
+LayoutFile::~LayoutFile() = default;
+
+LayoutFile::Result LayoutFile::save(const QString &path)
 {
     QJsonArray items;
-    if (scene) {
-        const QList<QGraphicsItem *> sceneItems = scene->items();
-        for (QGraphicsItem *item : sceneItems) {
-            if (auto *dashboardItem = qgraphicsitem_cast<DashboardItem *>(item))
-                items.append(dashboardItem->toJson());
-        }
+    const QList<QGraphicsItem *> sceneItems = m_scene->items();
+    for (QGraphicsItem *item : sceneItems) {
+        if (auto *dashboardItem = qgraphicsitem_cast<DashboardItem *>(item))
+            items.append(dashboardItem->toJson());
     }
+    // In ascending index order, so that each lands where it was read.
+    for (const KeptRecord &kept : std::as_const(m_kept))
+        items.insert(std::min(kept.index, items.size()), kept.record);
 
     QJsonObject root;
     root.insert(ItemsKey, items);
-    if (window) {
-        root.insert(GeometryKey, toBase64(window->saveGeometry()));
-        root.insert(StateKey, toBase64(window->saveState(0)));
-        root.insert(MaximizedKey, window->isMaximized());
-        root.insert(FullScreenKey, window->isFullScreen());
+    if (m_window) {
+        root.insert(GeometryKey, toBase64(m_window->saveGeometry()));
+        root.insert(StateKey, toBase64(m_window->saveState(0)));
+        root.insert(MaximizedKey, m_window->isMaximized());
+        root.insert(FullScreenKey, m_window->isFullScreen());
     }
 
     QSaveFile file(path);
@@ -73,8 +91,7 @@ LayoutFile::Result LayoutFile::save(const QString &path, QGraphicsScene *scene, 
     return file.commit() ? Result::Ok : Result::OpenFailed;
 }
 
-LayoutFile::Result LayoutFile::load(const QString &path, QGraphicsScene *scene, QMainWindow *window,
-                                    bool designMode, ItemList &removedItems)
+LayoutFile::Result LayoutFile::load(const QString &path, bool designMode)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
@@ -83,26 +100,42 @@ LayoutFile::Result LayoutFile::load(const QString &path, QGraphicsScene *scene, 
     if (!document.isObject())
         return Result::InvalidFormat;
     const QJsonObject root = document.object();
-    const QJsonArray records = root.value(ItemsKey).toArray();
 
-    if (scene) {
-        const QList<DashboardItem *> oldItems = Dashboard::topLevelItems(scene);
-        for (DashboardItem *item : oldItems) {
-            scene->removeItem(item);
-            removedItems.emplace_back(item);
-        }
-        for (const QJsonValue &record : records) {
-            DashboardItem *item = DashboardItem::fromJson(record.toObject());
-            if (!item)
-                continue;
-            scene->addItem(item);
-            item->setDesignMode(designMode);
-        }
-    }
+    ItemList built;
+    QList<KeptRecord> kept;
+    buildItems(root.value(ItemsKey).toArray(), built, kept);
+    replaceItems(built, designMode);
+    m_kept = kept;
 
-    if (window)
-        restoreWindow(window, root);
-    if (scene)
-        scene->update(QRectF());
+    if (m_window)
+        restoreWindow(m_window, root);
+    m_scene->update(QRectF());
     return Result::Ok;
+}
+
+void LayoutFile::buildItems(const QJsonArray &records, ItemList &built, QList<KeptRecord> &kept) const
+{
+    const qsizetype total = records.size();
+    built.reserve(size_t(total));
+    for (qsizetype i = 0; i < total; ++i) {
+        const QJsonValue record = records.at(i);
+        if (DashboardItem *item = DashboardItem::fromJson(record.toObject()))
+            built.emplace_back(item);
+        else if (namesWidgetType(record))
+            kept.append({i, record.toObject()});
+    }
+}
+
+void LayoutFile::replaceItems(ItemList &built, bool designMode)
+{
+    const QList<DashboardItem *> oldItems = Dashboard::topLevelItems(m_scene);
+    for (DashboardItem *item : oldItems) {
+        m_scene->removeItem(item);
+        m_removed.emplace_back(item);
+    }
+    for (std::unique_ptr<DashboardItem> &item : built) {
+        DashboardItem *added = item.release();
+        m_scene->addItem(added);
+        added->setDesignMode(designMode);
+    }
 }
