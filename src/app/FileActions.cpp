@@ -91,7 +91,7 @@ bool FileActions::saveLayoutTo(const QString &path)
 {
     if (m_layout.save(path) == LayoutFile::Result::Ok)
         return true;
-    m_project->prompts().warning(m_window, tr("Error"), tr("Could not save layout."));
+    m_project->prompts().warning(m_window, tr("Error"), tr("Could not save layout."), m_layout.errorString());
     return false;
 }
 
@@ -109,10 +109,10 @@ bool FileActions::loadLayoutFrom(const QString &path)
     case LayoutFile::Result::Ok:
         return true;
     case LayoutFile::Result::OpenFailed:
-        m_project->prompts().warning(m_window, tr("Error"), tr("Could not load layout."));
+        m_project->prompts().warning(m_window, tr("Error"), tr("Could not load layout."), m_layout.errorString());
         return false;
     case LayoutFile::Result::InvalidFormat:
-        m_project->prompts().warning(m_window, tr("Error"), tr("Invalid layout format."));
+        m_project->prompts().warning(m_window, tr("Error"), tr("Invalid layout format."), m_layout.errorString());
         return false;
     }
     return false;

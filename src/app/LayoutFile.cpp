@@ -3,6 +3,7 @@
 #include "Dashboard.h"
 #include "DashboardItem.h"
 
+#include <QDir>
 #include <QFile>
 #include <QGraphicsScene>
 #include <QJsonArray>
@@ -63,6 +64,12 @@ LayoutFile::LayoutFile(QGraphicsScene *scene, QMainWindow *window)
 
 LayoutFile::~LayoutFile() = default;
 
+LayoutFile::Result LayoutFile::fail(Result result, const QString &path, const QString &reason)
+{
+    m_error = QDir::toNativeSeparators(path) + QLatin1String(": ") + reason;
+    return result;
+}
+
 LayoutFile::Result LayoutFile::save(const QString &path)
 {
     QJsonArray items;
@@ -86,19 +93,24 @@ LayoutFile::Result LayoutFile::save(const QString &path)
 
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
-        return Result::OpenFailed;
-    file.write(QJsonDocument(root).toJson(QJsonDocument::Indented));
-    return file.commit() ? Result::Ok : Result::OpenFailed;
+        return fail(Result::OpenFailed, path, file.errorString());
+    if (file.write(QJsonDocument(root).toJson(QJsonDocument::Indented)) < 0 || !file.commit())
+        return fail(Result::OpenFailed, path, file.errorString());
+    return Result::Ok;
 }
 
 LayoutFile::Result LayoutFile::load(const QString &path, bool designMode)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        return Result::OpenFailed;
-    const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
+        return fail(Result::OpenFailed, path, file.errorString());
+    QJsonParseError parseError;
+    const QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &parseError);
+    if (parseError.error != QJsonParseError::NoError)
+        return fail(Result::InvalidFormat, path,
+                    tr("%1 at offset %2").arg(parseError.errorString()).arg(parseError.offset));
     if (!document.isObject())
-        return Result::InvalidFormat;
+        return fail(Result::InvalidFormat, path, tr("the top level is not an object"));
     const QJsonObject root = document.object();
 
     ItemList built;

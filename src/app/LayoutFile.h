@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QJsonObject>
 #include <QList>
 #include <QString>
@@ -21,13 +22,15 @@ class DashboardItem;
 //   "isMaximized", "isFullScreen".
 // No dialogs and no message boxes: the caller picks the path and turns the
 // Result into its message ("Could not save layout.", "Could not load layout.",
-// "Invalid layout format.").
+// "Invalid layout format."), with errorString() as the details.
 //
 // Records naming a widget type this version cannot build are not shown, but
 // neither are they lost: the last load keeps them as read, and a save writes
 // them back in their places.
 class LayoutFile
 {
+    Q_DECLARE_TR_FUNCTIONS(LayoutFile)
+
 public:
     enum class Result { Ok, OpenFailed, InvalidFormat };
 
@@ -61,6 +64,8 @@ public:
     // screen or maximised; repaint the scene.
     Result load(const QString &path, bool designMode);
 
+    // "<path>: <reason>" for the last failed save or load.
+    QString errorString() const { return m_error; }
     const QList<KeptRecord> &keptRecords() const { return m_kept; }
     // The items loads took off the scene. A load only detaches them, so that
     // whoever still holds a widget of the old dashboard keeps a live object;
@@ -68,6 +73,7 @@ public:
     ItemList &removedItems() { return m_removed; }
 
 private:
+    Result fail(Result result, const QString &path, const QString &reason);
     void buildItems(const QJsonArray &records, ItemList &built, QList<KeptRecord> &kept) const;
     void replaceItems(ItemList &built, bool designMode);
 
@@ -75,4 +81,5 @@ private:
     QMainWindow *m_window = nullptr;
     QList<KeptRecord> m_kept;
     ItemList m_removed;
+    QString m_error;
 };

@@ -14,6 +14,7 @@
 
 #include <QAction>
 #include <QComboBox>
+#include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -223,9 +224,13 @@ private Q_SLOTS:
         QTest::addColumn<QString>("operation");
         QTest::addColumn<QByteArray>("content");
         QTest::addColumn<QString>("warning");
-        QTest::newRow("load missing") << "load" << QByteArray() << "Error: Could not load layout.";
-        QTest::newRow("load array") << "load" << QByteArray("[1, 2]") << "Error: Invalid layout format.";
-        QTest::newRow("save unwritable") << "save" << QByteArray() << "Error: Could not save layout.";
+        QTest::addColumn<QString>("reason"); // in the details after the path; empty: the system's own words
+        QTest::newRow("load missing") << "load" << QByteArray() << "Error: Could not load layout." << "";
+        QTest::newRow("load array") << "load" << QByteArray("[1, 2]") << "Error: Invalid layout format."
+                                    << "the top level is not an object";
+        QTest::newRow("load truncated") << "load" << QByteArray(R"({"items": [)") << "Error: Invalid layout format."
+                                        << "at offset 11";
+        QTest::newRow("save unwritable") << "save" << QByteArray() << "Error: Could not save layout." << "";
     }
 
     void layoutWarnings()
@@ -233,17 +238,26 @@ private Q_SLOTS:
         QFETCH(QString, operation);
         QFETCH(QByteArray, content);
         QFETCH(QString, warning);
+        QFETCH(QString, reason);
 
         WindowFixture f;
         f.add(QStringLiteral("AnalogGauge"));
-        const QString path = f.project + QStringLiteral("/layouts/broken.json");
+        f.window->statusBar()->clearMessage();
+        QString path = f.project + QStringLiteral("/layouts/broken.json");
         if (!content.isEmpty())
             QVERIFY(writeFile(path, content));
-        if (operation == QLatin1String("save"))
-            QVERIFY(!f.window->saveLayoutTo(f.project + QStringLiteral("/missing/folder/layout.json")));
-        else
+        if (operation == QLatin1String("save")) {
+            path = f.project + QStringLiteral("/missing/folder/layout.json");
+            QVERIFY(!f.window->saveLayoutTo(path));
+        } else {
             QVERIFY(!f.window->loadLayoutFrom(path));
+        }
         QCOMPARE(f.prompts->warningTexts(), QStringList{warning});
+        const QString details = f.prompts->warnings.constFirst().details;
+        const QString prefix = QDir::toNativeSeparators(path) + QLatin1String(": ");
+        QVERIFY2(details.startsWith(prefix) && details.size() > prefix.size(), qPrintable(details));
+        QVERIFY2(details.contains(reason), qPrintable(details));
+        QCOMPARE(f.window->statusBar()->currentMessage(), QString());
         QCOMPARE(f.window->dashboard()->items().size(), 1);
     }
 
