@@ -105,9 +105,14 @@ void FileActions::loadLayout()
 
 bool FileActions::loadLayoutFrom(const QString &path)
 {
-    switch (m_layout.load(path, m_dashboard->designMode())) {
+    // A layout of thousands of widgets takes a while: after a moment the user
+    // sees how far it got and may cancel, which keeps the dashboard as it was.
+    ProgressRunner progress(tr("Loading layout…"), m_window);
+    switch (m_layout.load(path, m_dashboard->designMode(), progress.callback())) {
     case LayoutFile::Result::Ok:
         return true;
+    case LayoutFile::Result::Cancelled:
+        return false;
     case LayoutFile::Result::OpenFailed:
         m_project->prompts().warning(m_window, tr("Error"), tr("Could not load layout."), m_layout.errorString());
         return false;

@@ -99,7 +99,7 @@ LayoutFile::Result LayoutFile::save(const QString &path)
     return Result::Ok;
 }
 
-LayoutFile::Result LayoutFile::load(const QString &path, bool designMode)
+LayoutFile::Result LayoutFile::load(const QString &path, bool designMode, const Progress &progress)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
@@ -115,7 +115,8 @@ LayoutFile::Result LayoutFile::load(const QString &path, bool designMode)
 
     ItemList built;
     QList<KeptRecord> kept;
-    buildItems(root.value(ItemsKey).toArray(), built, kept);
+    if (!buildItems(root.value(ItemsKey).toArray(), progress, built, kept))
+        return Result::Cancelled;
     replaceItems(built, designMode);
     m_kept = kept;
 
@@ -125,17 +126,21 @@ LayoutFile::Result LayoutFile::load(const QString &path, bool designMode)
     return Result::Ok;
 }
 
-void LayoutFile::buildItems(const QJsonArray &records, ItemList &built, QList<KeptRecord> &kept) const
+bool LayoutFile::buildItems(const QJsonArray &records, const Progress &progress, ItemList &built,
+                            QList<KeptRecord> &kept) const
 {
     const qsizetype total = records.size();
     built.reserve(size_t(total));
     for (qsizetype i = 0; i < total; ++i) {
+        if (progress && !progress(i, total))
+            return false;
         const QJsonValue record = records.at(i);
         if (DashboardItem *item = DashboardItem::fromJson(record.toObject()))
             built.emplace_back(item);
         else if (namesWidgetType(record))
             kept.append({i, record.toObject()});
     }
+    return !progress || progress(total, total);
 }
 
 void LayoutFile::replaceItems(ItemList &built, bool designMode)

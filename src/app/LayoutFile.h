@@ -5,6 +5,7 @@
 #include <QList>
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -32,9 +33,11 @@ class LayoutFile
     Q_DECLARE_TR_FUNCTIONS(LayoutFile)
 
 public:
-    enum class Result { Ok, OpenFailed, InvalidFormat };
+    enum class Result { Ok, OpenFailed, InvalidFormat, Cancelled };
 
     using ItemList = std::vector<std::unique_ptr<DashboardItem>>;
+    // (records done, records in all); false cancels the load.
+    using Progress = std::function<bool(qint64 done, qint64 total)>;
 
     // A record the registry could not build, and its index in "items".
     struct KeptRecord
@@ -57,12 +60,13 @@ public:
     // Restores a layout, in this order: parse (a top level that is not an
     // object gives InvalidFormat and leaves the scene untouched); build the
     // recorded items off the scene, keeping the records whose type is not
-    // registered; take every top-level DashboardItem off the scene into
-    // removedItems();
+    // registered, reporting each record to `progress` (a cancel drops what
+    // was built and leaves scene, window and kept records as they were);
+    // take every top-level DashboardItem off the scene into removedItems();
     // add the new items, editable exactly when `designMode`; restore the
     // window's geometry and state (when the keys are non-empty), then full
     // screen or maximised; repaint the scene.
-    Result load(const QString &path, bool designMode);
+    Result load(const QString &path, bool designMode, const Progress &progress = {});
 
     // "<path>: <reason>" for the last failed save or load.
     QString errorString() const { return m_error; }
@@ -74,7 +78,8 @@ public:
 
 private:
     Result fail(Result result, const QString &path, const QString &reason);
-    void buildItems(const QJsonArray &records, ItemList &built, QList<KeptRecord> &kept) const;
+    bool buildItems(const QJsonArray &records, const Progress &progress, ItemList &built,
+                    QList<KeptRecord> &kept) const;
     void replaceItems(ItemList &built, bool designMode);
 
     QGraphicsScene *m_scene = nullptr;

@@ -144,6 +144,24 @@ private Q_SLOTS:
         QVERIFY(!readFile(saved).contains("Future"));
     }
 
+    void cancelledLoadKeepsTheDashboard()
+    {
+        DesignScene scene;
+        auto *kept = new DashboardItem(new ProbeWidget);
+        scene.addItem(kept);
+        QMainWindow window;
+        window.setGeometry(30, 40, 350, 250);
+        const QByteArray json = R"({"items": [{"type": "TestProbe"}, {"type": "TestProbe"}], "isMaximized": true})";
+        LayoutFile layout(&scene, &window);
+        int reports = 0;
+        const auto cancelAtSecond = [&reports](qint64, qint64) { return ++reports < 2; };
+        QCOMPARE(layout.load(write(QStringLiteral("cancelled.json"), json), false, cancelAtSecond),
+                 LayoutFile::Result::Cancelled);
+        QCOMPARE(Dashboard::topLevelItems(&scene), QList<DashboardItem *>{kept});
+        QVERIFY(layout.removedItems().empty());
+        QVERIFY(!window.isMaximized());
+    }
+
     void maximisedAndFullScreenFlags_data()
     {
         QTest::addColumn<bool>("maximized");
