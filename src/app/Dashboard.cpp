@@ -82,9 +82,7 @@ DashboardItem *Dashboard::addWidget(const QString &typeName)
     if (!widget)
         return nullptr;
     auto *item = new DashboardItem(widget);
-    qreal topZ = 0.0;
-    for (DashboardItem *other : items())
-        topZ = qMax(topZ, other->zValue());
+    const qreal topZ = qMax(0.0, m_scene->largestItemZ().value_or(0.0));
     item->setPos(freePosition(item->size()));
     m_scene->addItem(item);
     item->setZValue(topZ + 1.0);

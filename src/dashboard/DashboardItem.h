@@ -2,6 +2,7 @@
 
 #include <QGraphicsItem>
 #include <QJsonObject>
+#include <QPointer>
 #include <QSizeF>
 
 QT_BEGIN_NAMESPACE
@@ -10,6 +11,7 @@ class QGraphicsRectItem;
 QT_END_NAMESPACE
 
 class DashboardWidget;
+class DesignScene;
 
 // Places one widget on the design scene. The widget is embedded through a
 // QGraphicsProxyWidget child and owned by it; the item's size stays on a
@@ -83,6 +85,8 @@ private:
     QList<qreal> distinctDashboardZValues() const;
     void setZAndRestack(qreal z);
     void restackOverlay();
+    qreal largestOtherZ() const;
+    void trackZ();
     void updateCursor(const QPointF &pos);
     void setOverrideCursor(Qt::CursorShape shape);
     void restoreOverrideCursor();
@@ -96,4 +100,7 @@ private:
     bool m_removed = false;
     QPointF m_pressPos;
     QSizeF m_size;
+    // Where this item's z is counted (a DesignScene's top level) and as what.
+    QPointer<DesignScene> m_zScene;
+    qreal m_trackedZ = 0.0;
 };
