@@ -194,15 +194,15 @@ QSize DashboardItem::minimumSizeFor(const QWidget *widget)
         else
             minimum = widget->sizeHint().expandedTo(DefaultMinimum);
     }
-    const int most = int(MaxExtent);
+    const int most = int(MaxSize);
     return minimum.expandedTo(SmallestMinimum).boundedTo(QSize(most, most));
 }
 
 void DashboardItem::setSize(const QSizeF &size)
 {
     const QSize minimum = minimumSize();
-    const qreal width = std::max(sanitized(size.width()), qreal(minimum.width()));
-    const qreal height = std::max(sanitized(size.height()), qreal(minimum.height()));
+    const qreal width = std::clamp(sanitized(size.width()), qreal(minimum.width()), MaxSize);
+    const qreal height = std::clamp(sanitized(size.height()), qreal(minimum.height()), MaxSize);
 
     prepareGeometryChange();
     m_size = QSizeF(roundUpToGrid(width), roundUpToGrid(height));

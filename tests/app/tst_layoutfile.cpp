@@ -162,6 +162,25 @@ private Q_SLOTS:
         QVERIFY(!window.isMaximized());
     }
 
+    void absurdSizesAreBounded()
+    {
+        const QByteArray json = R"({"items": [
+            {"type": "TestProbe", "width": 1e9, "height": 1e9, "x": 1e9, "y": -1e9},
+            {"type": "TestProbe", "width": 1e300, "height": 30}]})";
+        DesignScene scene;
+        QCOMPARE(LayoutFile(&scene, nullptr).load(write(QStringLiteral("absurd.json"), json), false),
+                 LayoutFile::Result::Ok);
+        const QList<DashboardItem *> items = Dashboard::topLevelItems(&scene);
+        QCOMPARE(items.size(), 2);
+        for (DashboardItem *item : items) {
+            QCOMPARE(item->size().width(), DashboardItem::MaxSize);
+            QVERIFY(item->size().height() <= DashboardItem::MaxSize);
+            QVERIFY(item->dashboardWidget()->width() <= DashboardItem::MaxSize);
+            QVERIFY(item->dashboardWidget()->height() <= DashboardItem::MaxSize);
+            QVERIFY(qAbs(item->pos().x()) <= DashboardItem::MaxExtent && qAbs(item->pos().y()) <= DashboardItem::MaxExtent);
+        }
+    }
+
     void maximisedAndFullScreenFlags_data()
     {
         QTest::addColumn<bool>("maximized");
