@@ -10,11 +10,13 @@
 #include "PtyPair.h"
 #include "SerialManager.h"
 #include "StateIndicatorWidget.h"
+#include "TrendPlotWidget.h"
 #include "WidgetPalette.h"
 
 #include <QAction>
 #include <QComboBox>
 #include <QDir>
+#include <QGraphicsView>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -285,6 +287,36 @@ private Q_SLOTS:
         QVERIFY2(details.contains(reason), qPrintable(details));
         QCOMPARE(f.window->statusBar()->currentMessage(), QString());
         QCOMPARE(f.window->dashboard()->items().size(), 1);
+    }
+
+    void absurdLayoutStaysWithinTheScreen()
+    {
+        WindowFixture f;
+        f.window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(f.window.get()));
+        QJsonArray records;
+        const QStringList types = DashboardWidgetFactory::instance().typeNames();
+        for (const QString &type : types)
+            records.append(QJsonObject{{"type", type}, {"signals", QJsonArray{"RPM"}}, {"width", 1e9}, {"height", 1e9},
+                                       {"x", 1e9}, {"y", -1e9}});
+        const QString path = f.project + QStringLiteral("/layouts/absurd.json");
+        QVERIFY(writeFile(path, QJsonDocument(QJsonObject{{"items", records}}).toJson()));
+        QVERIFY(f.window->loadLayoutFrom(path));
+
+        const QList<DashboardItem *> items = f.window->dashboard()->items();
+        QCOMPARE(items.size(), types.size());
+        for (DashboardItem *item : items) {
+            QCOMPARE(item->size(), QSizeF(DashboardItem::MaxSize, DashboardItem::MaxSize));
+            item->setPos(0, 0);
+        }
+        f.window->dashboard()->view()->viewport()->repaint();
+        // Drawn where they are seen, with nothing kept at their full size.
+        for (DashboardItem *item : items) {
+            if (auto *gauge = f.widgetOf<AnalogGaugeWidget>(item))
+                QCOMPARE(gauge->dialRebuildCount(), 0);
+            if (auto *plot = f.widgetOf<TrendPlotWidget>(item))
+                QVERIFY(plot->backdrop().pixmap.isNull());
+        }
     }
 
     void layoutDialogRouteAndEmptyLayout()
