@@ -1,8 +1,9 @@
 // Layouts at scale: a 10,000-item layout of every widget type (the demo's
 // items, repeated over a large surface) loaded into a shown window, and a
-// layout of absurd sizes and positions. The figures say how long the load
-// takes, what the first paint after it costs, how much memory the dashboard
-// adds, and what a new widget costs on a full dashboard.
+// layout of absurd sizes and positions. The figures say how long it takes
+// until the window shows the loaded dashboard (the first paint polishes
+// every new widget), how much memory the dashboard adds, and what a new
+// widget costs on a full dashboard.
 #include "Dashboard.h"
 #include "DashboardItem.h"
 #include "Ombrix.h"
@@ -26,6 +27,7 @@
 #include <memory>
 #include <vector>
 
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
@@ -33,7 +35,6 @@ namespace {
 constexpr int ManyItems = 10000;
 constexpr int Rounds = 3;
 constexpr double LoadTargetMs = 2000.0;
-constexpr double PaintTargetMs = 100.0;
 constexpr double AddTargetMs = 50.0;
 constexpr double AbsurdTargetMb = 150.0;
 
@@ -58,6 +59,16 @@ double residentMb()
         return 0.0;
     const QList<QByteArray> fields = statm.readAll().split(' ');
     return fields.size() > 1 ? fields.at(1).toDouble() * double(sysconf(_SC_PAGESIZE)) / (1024.0 * 1024.0) : 0.0;
+}
+
+// CPU seconds of the whole process: on a shared machine the wall clock also
+// counts other people's work.
+double cpuMs()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return (usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1e3
+        + (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e3;
 }
 
 bool copyDemo(const QString &from, const QString &to)
@@ -134,8 +145,9 @@ void settle()
 
 struct Figures
 {
-    double loadMs = 0.0;
-    double paintMs = 0.0;
+    double loadMs = 0.0; // until the window has painted the dashboard
+    double loadCpuMs = 0.0;
+    double paintMs = 0.0; // of which the first paint
     double addedMb = 0.0;
     double addWidgetMs = 0.0;
 };
@@ -151,16 +163,18 @@ Figures loadInto(const QString &project, const QString &layout)
 
     Figures figures;
     const double before = residentMb();
+    const double cpuBefore = cpuMs();
     QElapsedTimer timer;
     timer.start();
     if (!window.loadLayoutFrom(layout))
         qFatal("bench_layout: cannot load %s", qPrintable(layout));
-    figures.loadMs = timer.nsecsElapsed() / 1e6;
-
-    timer.restart();
-    window.dashboard()->view()->viewport()->repaint();
+    QElapsedTimer paint;
+    paint.start();
     settle();
-    figures.paintMs = timer.nsecsElapsed() / 1e6;
+    window.dashboard()->view()->viewport()->repaint();
+    figures.paintMs = paint.nsecsElapsed() / 1e6;
+    figures.loadMs = timer.nsecsElapsed() / 1e6;
+    figures.loadCpuMs = cpuMs() - cpuBefore;
     figures.addedMb = residentMb() - before;
 
     timer.restart();
@@ -204,8 +218,16 @@ int main(int argc, char *argv[])
     const QJsonArray demo = demoRecords(project);
     const QString many = QDir(project).filePath(QStringLiteral("layouts/many.json"));
     const QString absurd = QDir(project).filePath(QStringLiteral("layouts/absurd.json"));
-    if (!writeLayout(many, manyRecords(demo, ManyItems)) || !writeLayout(absurd, absurdRecords(demo)))
+    // "bench_layout COUNT" loads that many items once, for a profiler.
+    const int count = argc > 1 ? QByteArray(argv[1]).toInt() : ManyItems;
+    if (!writeLayout(many, manyRecords(demo, count)) || !writeLayout(absurd, absurdRecords(demo)))
         qFatal("bench_layout: cannot write the layouts");
+    if (argc > 1) {
+        const Figures f = loadInto(project, many);
+        std::printf("%d items: %.0f ms until painted (CPU %.0f ms, paint %.0f ms), %.0f MB, add %.1f ms\n", count,
+                    f.loadMs, f.loadCpuMs, f.paintMs, f.addedMb, f.addWidgetMs);
+        return 0;
+    }
 
     // The absurd layout first, while nothing else has touched the memory.
     const Figures huge = loadInto(project, absurd);
@@ -215,19 +237,21 @@ int main(int argc, char *argv[])
     std::vector<Figures> rounds;
     for (int round = 0; round < Rounds; ++round)
         rounds.push_back(loadInto(project, many));
-    std::vector<double> load, paint, add;
+    std::vector<double> load, loadCpuTimes, paint, add;
     for (const Figures &f : rounds) {
         load.push_back(f.loadMs);
+        loadCpuTimes.push_back(f.loadCpuMs);
         paint.push_back(f.paintMs);
         add.push_back(f.addWidgetMs);
     }
     const double loadMs = median(load);
+    const double loadCpu = median(loadCpuTimes);
     const double paintMs = median(paint);
     const double addMs = median(add);
-    std::printf("| Load a %d-item layout (all %d widget types) into a shown window | %.0f ms (median of %d) | < %.0f ms %s |\n",
-                ManyItems, typeCount(demo), loadMs, Rounds, LoadTargetMs, verdict(loadMs < LoadTargetMs));
-    std::printf("| First paint of the window after it | %.0f ms (median of %d) | < %.0f ms %s |\n", paintMs, Rounds,
-                PaintTargetMs, verdict(paintMs < PaintTargetMs));
+    std::printf("| Load a %d-item layout (all %d widget types) into a shown window, until painted | %.0f ms, CPU %.0f ms (medians of %d) | < %.0f ms %s |\n",
+                ManyItems, typeCount(demo), loadMs, loadCpu, Rounds, LoadTargetMs, verdict(loadMs < LoadTargetMs));
+    std::printf("| of which the first paint (polishing every new widget) | %.0f ms (median of %d) | - |\n", paintMs,
+                Rounds);
     std::printf("| Memory the %d items add (first load) | %.0f MB | - |\n", ManyItems, rounds.front().addedMb);
     std::printf("| Add a widget to the full dashboard (free place search) | %.1f ms (median of %d) | < %.0f ms %s |\n",
                 addMs, Rounds, AddTargetMs, verdict(addMs < AddTargetMs));
