@@ -69,5 +69,5 @@ private:
     QString m_lastSerialError;
     qint64 m_lineLimit = 0;
     qint64 m_linesReceived = 0;
-    bool m_writeFailed = false;
+    bool m_finished = false;
 };

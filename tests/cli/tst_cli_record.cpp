@@ -12,6 +12,7 @@
 
 #include <csignal>
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <memory>
 
 namespace {
@@ -86,6 +87,19 @@ private Q_SLOTS:
         QVERIFY(finishedWith(0, "duration reached"));
     }
 
+    // A disk that fills up ends the recording at once; the file keeps its
+    // whole lines and the message says which file, why, and how many.
+    void fullDiskStopsAtOnceKeepingWholeLines()
+    {
+        // Room for the port's lock file and the first lines, not for the next batch.
+        QVERIFY(startRecording({"--duration", "60"}, 200));
+        QVERIFY(m_pty->write(FirstLines));
+        QTRY_COMPARE_WITH_TIMEOUT(readFile(m_recordingPath), FirstLinesRecorded, 10000);
+        QVERIFY(m_pty->write(QByteArray("11 A=2.25 B=3.5\n").repeated(10)));
+        QVERIFY(finishedWith(1, "cannot write " + m_recordingPath.toUtf8()));
+        QCOMPARE(readFile(m_recordingPath), FirstLinesRecorded);
+    }
+
     void unopenablePortFails()
     {
         const CliRun run = CliRun::run({"record", "--port", m_project->filePath("no-such-port"), "--project",
@@ -97,11 +111,17 @@ private Q_SLOTS:
     }
 
 private:
-    // Starts recording the pseudo-terminal and waits for the recording's path on stdout.
-    bool startRecording(const QStringList &extraArgs)
+    // Starts recording the pseudo-terminal and waits for the recording's path
+    // on stdout; a file size limit makes the recorder's disk "full" beyond it.
+    bool startRecording(const QStringList &extraArgs, rlim_t fileSizeLimit = RLIM_INFINITY)
     {
         // Whatever this test runs under (nohup ignores hang-ups), the recorder starts like one in a terminal.
-        m_process->setChildProcessModifier([] { ::signal(SIGHUP, SIG_DFL); });
+        m_process->setChildProcessModifier([fileSizeLimit] {
+            ::signal(SIGHUP, SIG_DFL);
+            ::signal(SIGXFSZ, SIG_IGN);
+            const rlimit limit{fileSizeLimit, RLIM_INFINITY};
+            ::setrlimit(RLIMIT_FSIZE, &limit);
+        });
         m_process->start(CliRun::program(),
                          QStringList{"record", "--port", m_pty->slavePath(), "--project", m_project->path()} + extraArgs);
         while (!m_process->canReadLine()) {
