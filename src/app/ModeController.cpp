@@ -145,7 +145,8 @@ bool ModeController::startRecording()
     }
     if (!recorder->start(m_project->dir(), m_project->definitionsPath())) {
         qDebug().noquote() << "Recording not started:" << recorder->errorString();
-        prompts.warning(m_project->dialogParent(), tr("Error"), tr("Could not open file for writing."));
+        prompts.warning(m_project->dialogParent(), tr("Error"), tr("Could not open file for writing."),
+                        recorder->errorDetails());
         return false;
     }
     Q_EMIT statusMessage(tr("Recording → %1").arg(recorder->filePath()), 3000);

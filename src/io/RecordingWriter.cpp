@@ -1,5 +1,6 @@
 #include "RecordingWriter.h"
 
+#include "FileErrors.h"
 #include "FileSync.h"
 #include "LineParser.h"
 #include "Recording.h"
@@ -43,8 +44,10 @@ bool RecordingWriter::start(const QString &projectDir, const QString &definition
         return false;
     }
     const QString dir = QDir(projectDir).filePath(QStringLiteral("recordings"));
+    m_errorDetails.clear();
     if (!QDir().mkpath(dir)) {
         m_errorString = tr("Could not open file for writing.");
+        m_errorDetails = FileErrors::describe(dir, tr("the folder cannot be created"));
         return false;
     }
     auto file = std::make_unique<QFile>(uniquePathIn(dir));
@@ -53,6 +56,7 @@ bool RecordingWriter::start(const QString &projectDir, const QString &definition
     // must not linger in a buffer of the file's own.
     if (!file->open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered)) {
         m_errorString = tr("Could not open file for writing.");
+        m_errorDetails = FileErrors::describe(file->fileName(), file->errorString());
         return false;
     }
     m_file = std::move(file);

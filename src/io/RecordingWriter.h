@@ -51,6 +51,8 @@ public:
     bool isRecording() const;
     QString filePath() const { return m_filePath; }
     QString errorString() const { return m_errorString; }
+    /// For a failed start(): the file or folder and the system's reason.
+    QString errorDetails() const { return m_errorDetails; }
     /// Lines appended since start().
     qint64 linesWritten() const { return m_linesWritten; }
     /// Lines the file holds, whole: all of them after stop(); after a
@@ -96,6 +98,7 @@ private:
     QByteArray m_buffer;
     QString m_filePath;
     QString m_errorString;
+    QString m_errorDetails;
     double m_origin = 0.0;
     double m_lastTime = 0.0; // of the last line, relative to the origin
     bool m_originSet = false;

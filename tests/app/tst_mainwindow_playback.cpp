@@ -329,8 +329,10 @@ private Q_SLOTS:
                                              f.window->definitions(), options));
         QCOMPARE(read("signals.csv"), read("signals-ref.csv"));
 
-        QVERIFY(!f.window->exportEventsTo(f.project + QStringLiteral("/no/such/folder/events.csv")));
+        const QString unwritable = f.project + QStringLiteral("/no/such/folder/events.csv");
+        QVERIFY(!f.window->exportEventsTo(unwritable));
         QCOMPARE(f.prompts->warningTexts(), QStringList{QStringLiteral("Export Events CSV: Could not open file for writing.")});
+        QVERIFY(f.prompts->warnings.at(0).details.contains(unwritable + QLatin1String(": No such file or directory")));
     }
 
     void simulatedDeviceIsRecordedAndPlayedBack()
