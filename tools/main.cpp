@@ -1,4 +1,5 @@
 // ombrix-cli: the command-line companion of the dashboard, for unattended work.
+#include "CheckDefCommand.h"
 #include "ExportEventsCommand.h"
 #include "ExportSignalsCommand.h"
 #include "InfoCommand.h"
@@ -29,6 +30,7 @@ const std::map<QString, Command> &commands()
         {QStringLiteral("export-signals"), &ExportSignalsCommand::run},
         {QStringLiteral("export-events"), &ExportEventsCommand::run},
         {QStringLiteral("render"), &RenderCommand::run},
+        {QStringLiteral("check-def"), &CheckDefCommand::run},
     };
     return table;
 }
@@ -45,6 +47,7 @@ QString usage()
         "  export-signals  export a recording's signal values as CSV\n"
         "  export-events   export a recording's states, errors and messages as CSV\n"
         "  render          render a layout's dashboard, at a moment of a recording, as a PNG\n"
+        "  check-def       list what loading a definition file skips or overrides, and why\n"
         "\n"
         "Run 'ombrix-cli <command> --help' for the options of a command.\n");
 }
