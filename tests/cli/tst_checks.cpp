@@ -146,12 +146,8 @@ private Q_SLOTS:
     {
         const CliRun run = CliRun::run({"check-layout", OMBRIX_SOURCE_DIR "/examples/demo/layouts/demo.json",
                                         "--project", OMBRIX_SOURCE_DIR "/examples/demo"});
-        QEXPECT_FAIL("", "several widths and heights of the demo are not on the 10-unit grid", Continue);
+        QCOMPARE(run.out, QByteArray());
         QCOMPARE(run.exitCode, 0);
-        // Nothing else: every type, setting and bound signal is as loading reads it.
-        const QStringList lines = QString::fromUtf8(run.out).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-        for (const QString &line : lines)
-            QVERIFY2(line.endsWith(QLatin1String(", on the 10-unit grid")), qPrintable(line));
     }
 
 private:
