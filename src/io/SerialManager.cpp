@@ -16,6 +16,7 @@ bool SerialManager::open(const SerialSettings &settings)
 {
     if (m_port->isOpen())
         close();
+    m_settings = settings;
     m_port->setPortName(settings.portName);
     m_port->setBaudRate(settings.baudRate, QSerialPort::AllDirections);
     m_port->setDataBits(QSerialPort::DataBits(settings.dataBits));

@@ -29,6 +29,8 @@ public:
     void close();
     bool isOpen() const;
     QString portName() const;
+    // The settings of the last open(), successful or not.
+    SerialSettings settings() const { return m_settings; }
     // The names of the serial ports present now, in the system's order.
     QStringList availablePorts() const;
 
@@ -75,6 +77,7 @@ private:
     void emitLine(const ParsedLine &parsed);
 
     QSerialPort *m_port = nullptr;
+    SerialSettings m_settings;
     LineFramer m_buffer;
     qint64 m_overlongReported = 0;
     QElapsedTimer m_elapsed;
