@@ -3,7 +3,7 @@
 # Sourced by run.sh, test.sh and bench.sh.
 set -euo pipefail
 
-OMBRIX_PACKAGES=(cmake g++ make qt6-base-dev qt6-base-dev-tools libqt6serialport6-dev qt6-svg-dev libgl-dev fonts-dejavu-core)
+OMBRIX_PACKAGES=(cmake g++ make qt6-base-dev qt6-base-dev-tools qt6-serialport-dev qt6-svg-dev libgl-dev fonts-dejavu-core)
 
 ombrix_install_deps() {
   local missing=()
