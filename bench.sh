@@ -9,8 +9,17 @@ ombrix_build "$OMBRIX_ROOT/build-bench" -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTI
 export QT_QPA_PLATFORM=offscreen
 echo "Machine: $(uname -m), $(nproc) cores, $(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2 | sed 's/^ //')"
 echo "Date: $(date -u +%Y-%m-%d)"
-for bench in "$OMBRIX_ROOT"/build-bench/bench/bench_*; do
+# "./bench.sh NAME..." runs those (soak: the ten-minute soak); without
+# names, every benchmark but the soak.
+if [ $# -gt 0 ]; then
+  BENCHES=()
+  for name in "$@"; do BENCHES+=("$OMBRIX_ROOT/build-bench/bench/bench_$name"); done
+else
+  BENCHES=("$OMBRIX_ROOT"/build-bench/bench/bench_*)
+fi
+for bench in "${BENCHES[@]}"; do
   [ -f "$bench" ] && [ -x "$bench" ] || continue
+  [ $# -eq 0 ] && [ "$(basename "$bench")" = bench_soak ] && continue
   echo
   echo "## $(basename "$bench")"
   "$bench"

@@ -1,4 +1,6 @@
 // ombrix-cli: the command-line companion of the dashboard, for unattended work.
+#include "CheckDefCommand.h"
+#include "CheckLayoutCommand.h"
 #include "ExportEventsCommand.h"
 #include "ExportSignalsCommand.h"
 #include "InfoCommand.h"
@@ -29,8 +31,20 @@ const std::map<QString, Command> &commands()
         {QStringLiteral("export-signals"), &ExportSignalsCommand::run},
         {QStringLiteral("export-events"), &ExportEventsCommand::run},
         {QStringLiteral("render"), &RenderCommand::run},
+        {QStringLiteral("check-def"), &CheckDefCommand::run},
+        {QStringLiteral("check-layout"), &CheckLayoutCommand::run},
     };
     return table;
+}
+
+// Commands that create widgets need a QApplication, even without a display.
+bool drawsWidgets(const char *command)
+{
+    for (const char *name : {"render", "check-layout"}) {
+        if (qstrcmp(command, name) == 0)
+            return true;
+    }
+    return false;
 }
 
 QString usage()
@@ -45,6 +59,8 @@ QString usage()
         "  export-signals  export a recording's signal values as CSV\n"
         "  export-events   export a recording's states, errors and messages as CSV\n"
         "  render          render a layout's dashboard, at a moment of a recording, as a PNG\n"
+        "  check-def       list what loading a definition file skips or overrides, and why\n"
+        "  check-layout    list what loading a layout skips, ignores or changes\n"
         "\n"
         "Run 'ombrix-cli <command> --help' for the options of a command.\n");
 }
@@ -57,13 +73,13 @@ int main(int argc, char *argv[])
     QCoreApplication::setOrganizationDomain(QStringLiteral("tarnwell.example"));
     // The window's identity, so that both resolve the same settings.
     QCoreApplication::setApplicationName(QStringLiteral("Ombrix"));
-    // Rendering draws widgets, with no display needed; every other command
-    // runs on Qt Core alone.
-    const bool rendering = argc > 1 && qstrcmp(argv[1], "render") == 0;
-    if (rendering)
+    // These commands create widgets, with no display needed; every other
+    // command runs on Qt Core alone.
+    const bool widgets = argc > 1 && drawsWidgets(argv[1]);
+    if (widgets)
         qputenv("QT_QPA_PLATFORM", "offscreen");
     std::unique_ptr<QCoreApplication> app =
-        rendering ? std::make_unique<QApplication>(argc, argv) : std::make_unique<QCoreApplication>(argc, argv);
+        widgets ? std::make_unique<QApplication>(argc, argv) : std::make_unique<QCoreApplication>(argc, argv);
 
     QStringList args = app->arguments();
     QTextStream err(stderr);

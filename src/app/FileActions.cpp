@@ -177,7 +177,7 @@ bool FileActions::exportEventsTo(const QString &path)
     if (!EventsCsvExporter::exportTo(path, input.frames, input.definitions(), progress.callback(), &error)) {
         if (!progress.wasCancelled()) {
             qDebug().noquote() << "Events export failed:" << error;
-            m_project->prompts().warning(m_window, tr("Export Events CSV"), tr("Could not open file for writing."));
+            m_project->prompts().warning(m_window, tr("Export Events CSV"), tr("Could not open file for writing."), error);
         }
         return false;
     }

@@ -145,7 +145,8 @@ bool ModeController::startRecording()
     }
     if (!recorder->start(m_project->dir(), m_project->definitionsPath())) {
         qDebug().noquote() << "Recording not started:" << recorder->errorString();
-        prompts.warning(m_project->dialogParent(), tr("Error"), tr("Could not open file for writing."));
+        prompts.warning(m_project->dialogParent(), tr("Error"), tr("Could not open file for writing."),
+                        recorder->errorDetails());
         return false;
     }
     Q_EMIT statusMessage(tr("Recording → %1").arg(recorder->filePath()), 3000);
@@ -205,8 +206,17 @@ void ModeController::onPortClosed()
 
 void ModeController::onRecordingWriteFailed(const QString &message)
 {
-    const QString text = tr("Could not write the recording %1:\n%2\nLines received meanwhile may be missing from it.")
-                             .arg(QFileInfo(m_live->recorder()->filePath()).fileName(), message);
-    Q_EMIT statusMessage(text.section(QLatin1Char('\n'), 0, 0) + QLatin1Char(' ') + message, 0);
-    m_project->prompts().warning(m_project->dialogParent(), tr("Error"), text);
+    // The writer has stopped and kept every whole line it could write.
+    const RecordingWriter *recorder = m_live->recorder();
+    const QString path = recorder->filePath();
+    const qint64 lines = recorder->linesInFile();
+    if (m_mode == Record)
+        setMode(Idle);
+    m_playback->setFile(path);
+    m_playback->engine()->reset();
+    const QString text = tr("Recording stopped: %1 could not be written (%2). It keeps the %3 written before.")
+                             .arg(QFileInfo(path).fileName(), message,
+                                  lines == 1 ? tr("1 line") : tr("%1 lines").arg(lines));
+    Q_EMIT statusMessage(text, 0);
+    m_project->prompts().warning(m_project->dialogParent(), tr("Error"), text, path);
 }

@@ -50,7 +50,8 @@ public Q_SLOTS:
     // backwards in one file.
     void onPortLost(const QString &portName);
     void onPortClosed();
-    // Tells the user at once that lines are not reaching the recording file.
+    // The recording file refused a write: the recording has ended; the user
+    // learns which file, why, and how much of it is safe.
     void onRecordingWriteFailed(const QString &message);
 
 Q_SIGNALS:

@@ -1,5 +1,6 @@
 #include "Project.h"
 
+#include "FileErrors.h"
 #include "SignalDefinitions.h"
 #include "UserPrompts.h"
 
@@ -77,13 +78,15 @@ bool Project::loadDefinitions(const QString &path)
 {
     const QFileInfo info(path);
     if (!info.exists() || !info.isFile()) {
-        m_prompts->warning(m_dialogParent, tr("Signals Definition"), tr("Cannot find signals file:\n%1").arg(path));
+        m_prompts->warning(m_dialogParent, tr("Signals Definition"), tr("Cannot find signals file:\n%1").arg(path),
+                           FileErrors::describe(path, FileErrors::whyUnreadable(path)));
         return false;
     }
 
     auto loaded = std::make_unique<SignalDefinitions>();
     if (!loaded->load(path)) {
-        m_prompts->warning(m_dialogParent, tr("Signals Definition"), tr("Failed to load:\n%1").arg(path));
+        m_prompts->warning(m_dialogParent, tr("Signals Definition"), tr("Failed to load:\n%1").arg(path),
+                           FileErrors::describe(path, FileErrors::whyUnreadable(path)));
         return false;
     }
 

@@ -2,6 +2,7 @@
 
 #include "FrameClock.h"
 #include "Ombrix.h"
+#include "Project.h"
 
 #include <QCommandLineParser>
 #include <QFileInfo>
@@ -73,6 +74,30 @@ bool StartupOptions::fromArguments(const QStringList &arguments, StartupOptions 
         return false;
     }
     return fromParser(parser, options, error);
+}
+
+QStringList StartupOptions::problems() const
+{
+    QStringList found;
+    if (!projectDir.isEmpty()) {
+        const QFileInfo folder(projectDir);
+        if (!folder.exists())
+            found << QStringLiteral("--project %1: no such folder").arg(projectDir);
+        else if (!folder.isDir())
+            found << QStringLiteral("--project %1: not a folder").arg(projectDir);
+        else if (!Project::isValidProjectDir(projectDir))
+            found << QStringLiteral("--project %1: not a project folder (no %2 in it)")
+                         .arg(projectDir, Project::DefinitionFileName);
+    } else if (!defPath.isEmpty()) {
+        const QFileInfo file(defPath);
+        if (!file.exists())
+            found << QStringLiteral("--def %1: no such file").arg(defPath);
+        else if (file.isDir())
+            found << QStringLiteral("--def %1: a folder, not a file").arg(defPath);
+    }
+    if (!layoutPath.isEmpty() && !QFileInfo(layoutPath).isFile())
+        found << QStringLiteral("--layout %1: no such file").arg(layoutPath);
+    return found;
 }
 
 void StartupOptions::applyTo(Ombrix &window) const

@@ -27,6 +27,11 @@ struct StartupOptions
     // Parses a complete argument list (program name first), for tests and tools.
     static bool fromArguments(const QStringList &arguments, StartupOptions *options, QString *error);
 
+    // What is wrong with the files and folders named, one line each
+    // ("--project DIR: no such folder"), for the terminal: the window itself
+    // starts all the same.
+    QStringList problems() const;
+
     // Settles the project (project, else def, else remembered folder or
     // prompt), then loads the layout and opens the port when asked.
     void applyTo(Ombrix &window) const;

@@ -25,6 +25,10 @@ int main(int argc, char *argv[])
         return 2;
     }
 
+    // A mistyped path is said where it was typed; the window starts anyway.
+    for (const QString &problem : options.problems())
+        std::fprintf(stderr, "ombrix: %s\n", qPrintable(problem));
+
     Ombrix window;
     // Ctrl+C, a closed terminal or the session ending: leave through the
     // event loop, so that the window writes out a recording in progress.

@@ -72,6 +72,9 @@ void RecordCommand::connectSerial()
     connect(m_serial, &SerialManager::errorParsed, m_writer, &RecordingWriter::appendError);
     connect(m_serial, &SerialManager::unrecognizedParsed, m_writer, &RecordingWriter::appendMessage);
     connect(m_serial, &SerialManager::portLost, this, &RecordCommand::onPortLost);
+    connect(m_serial, &SerialManager::overlongLineDropped, this, [this](double, qint64 maxBytes) {
+        Q_EMIT notice(QStringLiteral("line longer than %1 bytes dropped").arg(maxBytes));
+    });
 }
 
 // Comes first of a line's signals: past the limit the writer is cut off
@@ -90,38 +93,43 @@ void RecordCommand::onRawLine()
 
 void RecordCommand::onPortLost()
 {
+    // The port's own text for a vanished device is often beside the point
+    // (a hung-up terminal reads as "Permission denied"): a device file that
+    // is gone says more.
+    const QString cause = QFileInfo::exists(m_devicePath)
+        ? QStringLiteral("the device stopped answering: %1").arg(m_lastSerialError)
+        : QStringLiteral("the device disappeared: %1 no longer exists").arg(m_devicePath);
     finish(DeviceLostExitCode,
-           QStringLiteral("the device disappeared (%1); the recording holds everything received until then")
-               .arg(m_lastSerialError));
+           QStringLiteral("%1; the recording holds everything received until then").arg(cause));
 }
 
-// The writer keeps trying, so recording goes on; the user learns at once,
-// and the exit status says that lines may be missing.
+// The writer has stopped, keeping every whole line it could write: the
+// recording ends here rather than discarding everything that follows.
 void RecordCommand::onWriteFailed(const QString &message)
 {
-    m_writeFailed = true;
-    QTextStream(stderr) << "ombrix-cli record: cannot write " << filePath() << ": " << message << Qt::endl;
+    finish(1, QStringLiteral("cannot write %1 (%2); it keeps the %3 lines written before")
+                  .arg(filePath(), message)
+                  .arg(m_writer->linesInFile()));
 }
 
 // A hung-up terminal (a closed pseudo-terminal, some adapters) only reads
 // end-of-file and never reports an error; its device file is gone though.
 void RecordCommand::checkDevicePresent()
 {
-    if (QFileInfo::exists(m_devicePath))
-        return;
-    m_lastSerialError = QStringLiteral("%1 is gone").arg(m_devicePath);
-    onPortLost();
+    if (!QFileInfo::exists(m_devicePath))
+        onPortLost();
 }
 
 void RecordCommand::finish(int exitCode, const QString &reason)
 {
-    if (!m_writer->isRecording())
+    if (m_finished)
         return;
+    m_finished = true;
     m_durationTimer->stop();
     m_deviceWatch->stop();
     m_writer->stop();
     m_serial->close();
-    Q_EMIT finished(exitCode == 0 && m_writeFailed ? 1 : exitCode, reason);
+    Q_EMIT finished(exitCode, reason);
 }
 
 namespace {
@@ -236,6 +244,7 @@ int RecordCommand::run(const QStringList &args)
                  .arg(arguments.settings.portName)
                  .arg(arguments.settings.baudRate));
 
+    connect(&recorder, &RecordCommand::notice, &recorder, [&cli](const QString &message) { cli.note(message); });
     QEventLoop loop;
     QString reason;
     connect(&recorder, &RecordCommand::finished, &loop, [&loop, &reason](int code, const QString &why) {

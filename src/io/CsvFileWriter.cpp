@@ -22,7 +22,7 @@ bool CsvFileWriter::open(QString *error)
     if (m_file.open(QIODevice::WriteOnly))
         return true;
     if (error)
-        *error = openErrorText();
+        *error = openErrorText() + QStringLiteral(" (%1: %2)").arg(m_file.fileName(), m_file.errorString());
     return false;
 }
 

@@ -268,7 +268,7 @@ bool Recording::load(const QString &path, const Progress &progress)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        m_errorString = QObject::tr("Could not open file: %1").arg(path);
+        m_errorString = QObject::tr("Could not open file: %1 (%2)").arg(path, file.errorString());
         return false;
     }
     const qint64 total = file.size();

@@ -1,5 +1,6 @@
 #include "RecordingWriter.h"
 
+#include "FileErrors.h"
 #include "FileSync.h"
 #include "LineParser.h"
 #include "Recording.h"
@@ -23,6 +24,8 @@ RecordingWriter::RecordingWriter(QObject *parent)
     , m_flushTimer(new QTimer(this))
 {
     m_flushTimer->setInterval(FlushIntervalMs);
+    // A coarse timer may fire 5% late; a crash is to lose at most a second.
+    m_flushTimer->setTimerType(Qt::PreciseTimer);
     connect(m_flushTimer, &QTimer::timeout, this, &RecordingWriter::flushToDisk);
 }
 
@@ -43,14 +46,19 @@ bool RecordingWriter::start(const QString &projectDir, const QString &definition
         return false;
     }
     const QString dir = QDir(projectDir).filePath(QStringLiteral("recordings"));
+    m_errorDetails.clear();
     if (!QDir().mkpath(dir)) {
         m_errorString = tr("Could not open file for writing.");
+        m_errorDetails = FileErrors::describe(dir, tr("the folder cannot be created"));
         return false;
     }
     auto file = std::make_unique<QFile>(uniquePathIn(dir));
     // NewOnly: two recordings started within one second never share a file.
-    if (!file->open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
+    // Unbuffered: the lines are collected here already, and a refused write
+    // must not linger in a buffer of the file's own.
+    if (!file->open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered)) {
         m_errorString = tr("Could not open file for writing.");
+        m_errorDetails = FileErrors::describe(file->fileName(), file->errorString());
         return false;
     }
     m_file = std::move(file);
@@ -59,10 +67,12 @@ bool RecordingWriter::start(const QString &projectDir, const QString &definition
     m_buffer.clear();
     m_buffer.reserve(WriteChunkBytes + 4096);
     m_originSet = false;
-    m_failureReported = false;
     m_origin = 0.0;
     m_lastTime = 0.0;
     m_linesWritten = 0;
+    m_bufferedLines = 0;
+    m_linesInFile = 0;
+    m_bytesInFile = 0;
     copyDefinitions(definitionsPath);
     m_sinceFlush.start();
     m_flushTimer->start();
@@ -94,6 +104,8 @@ void RecordingWriter::stop()
         return;
     m_flushTimer->stop();
     flushToDisk();
+    if (!m_file)
+        return; // the last write failed and ended the recording
     m_file->close();
     m_file.reset();
 }
@@ -107,20 +119,28 @@ void RecordingWriter::flush()
 {
     if (!m_file)
         return;
-    bool written = m_buffer.isEmpty() || m_file->write(m_buffer) == m_buffer.size();
+    const bool written = m_buffer.isEmpty() || m_file->write(m_buffer) == m_buffer.size();
+    if (!written) {
+        fail(m_file->errorString());
+        return;
+    }
+    m_bytesInFile += m_buffer.size();
+    m_linesInFile += m_bufferedLines;
     m_buffer.clear();
-    // Small writes only reach the file's own buffer: the disk's refusal shows up here.
-    written = m_file->flush() && written;
-    if (!written)
-        reportFailure(m_file->errorString());
+    m_bufferedLines = 0;
 }
 
-void RecordingWriter::reportFailure(const QString &message)
+void RecordingWriter::fail(const QString &message)
 {
-    if (m_failureReported)
-        return;
-    m_failureReported = true;
     m_errorString = message;
+    m_flushTimer->stop();
+    // A refused write may have left part of a line: the file ends with the
+    // last line that was written whole.
+    m_file->close();
+    m_file.reset();
+    QFile::resize(m_filePath, m_bytesInFile);
+    m_buffer.clear();
+    m_bufferedLines = 0;
     Q_EMIT writeFailed(m_errorString);
 }
 
@@ -132,9 +152,13 @@ void RecordingWriter::flushToDisk()
     // Past the page cache too, so that a power cut loses at most the last second.
     // Write-back errors (I/O error, full disk or quota on a network volume)
     // surface only here.
+    if (!m_file)
+        return;
     QString error;
-    if (!FileSync::syncData(*m_file, &error))
-        reportFailure(error);
+    if (!FileSync::syncData(*m_file, &error)) {
+        fail(error);
+        return;
+    }
     m_sinceFlush.restart();
 }
 
@@ -158,6 +182,7 @@ void RecordingWriter::endLine()
 {
     m_buffer += '\n';
     ++m_linesWritten;
+    ++m_bufferedLines;
     if (m_sinceFlush.elapsed() >= FlushIntervalMs)
         flushToDisk();
     else if (m_buffer.size() >= WriteChunkBytes)

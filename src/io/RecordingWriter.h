@@ -51,7 +51,13 @@ public:
     bool isRecording() const;
     QString filePath() const { return m_filePath; }
     QString errorString() const { return m_errorString; }
+    /// For a failed start(): the file or folder and the system's reason.
+    QString errorDetails() const { return m_errorDetails; }
+    /// Lines appended since start().
     qint64 linesWritten() const { return m_linesWritten; }
+    /// Lines the file holds, whole: all of them after stop(); after a
+    /// failure, the ones written before it.
+    qint64 linesInFile() const { return m_linesInFile; }
 
     void appendValues(double t, const QMap<QString, double> &values);
     void appendState(double t, const QString &group, const QString &state);
@@ -71,8 +77,10 @@ public:
     static QString fileNameFor(const QDateTime &localStart);
 
 Q_SIGNALS:
-    /// Writing to the file failed (disk full, medium removed); emitted once
-    /// per recording, with the system's message. Recording goes on trying.
+    /// Writing to the file failed (disk full, quota, a read-only or vanished
+    /// file system), with the system's message. The recording has stopped:
+    /// the file is cut back to its last whole line and closed, holding
+    /// linesInFile() lines. Emitted once per recording.
     void writeFailed(const QString &message);
 
 private:
@@ -81,8 +89,8 @@ private:
     // Starts a line with its time; false (and nothing written) when not recording.
     bool beginLine(double t);
     void endLine();
-    // Sets errorString() and emits writeFailed, once per recording.
-    void reportFailure(const QString &message);
+    // Keeps what is safely written, ends the recording and tells why.
+    void fail(const QString &message);
 
     std::unique_ptr<QFile> m_file;
     QTimer *m_flushTimer = nullptr;
@@ -90,9 +98,12 @@ private:
     QByteArray m_buffer;
     QString m_filePath;
     QString m_errorString;
+    QString m_errorDetails;
     double m_origin = 0.0;
     double m_lastTime = 0.0; // of the last line, relative to the origin
     bool m_originSet = false;
-    bool m_failureReported = false;
     qint64 m_linesWritten = 0;
+    qint64 m_bufferedLines = 0; // whole lines waiting in m_buffer
+    qint64 m_linesInFile = 0;
+    qint64 m_bytesInFile = 0;   // written without an error: whole lines only
 };

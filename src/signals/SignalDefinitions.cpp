@@ -8,24 +8,22 @@ namespace {
 
 const SignalDefinitions *s_current = nullptr;
 
-struct Patterns
+// Indexed by SignalDefinitions::Declaration.
+const QRegularExpression &compiledPattern(int form)
 {
-    QRegularExpression mapping{QStringLiteral(
-        R"re(^\s*DASHBOARD_MAPPING\s*\(\s*(\w+)\s*,\s*(-?\d+\.?\d*)\s*,\s*(-?\d+\.?\d*)\s*\))re")};
-    QRegularExpression signal{QStringLiteral(
-        R"re(^\s*DASHBOARD_SIGNAL\s*\(\s*(\w+)\s*,\s*"([^"]+)"\s*,\s*(\w+)\s*\))re")};
-    QRegularExpression stateGroup{QStringLiteral(
-        R"re(^\s*DASHBOARD_STATE_GROUP\s*\(\s*(\w+)\s*,\s*"([^"]+)"\s*\))re")};
-    QRegularExpression state{QStringLiteral(
-        R"re(^\s*DASHBOARD_STATE\s*\(\s*(\w+)\s*,\s*(\w+)\s*,\s*"([^"]+)"\s*\))re")};
-    QRegularExpression error{QStringLiteral(
-        R"re(^\s*DASHBOARD_ERROR\s*\(\s*(\w+)\s*,\s*(-?\d+)\s*,\s*"([^"]+)"\s*\))re")};
-};
-
-const Patterns &patterns()
-{
-    static const Patterns p;
-    return p;
+    static const QRegularExpression patterns[SignalDefinitions::DeclarationCount] = {
+        QRegularExpression(QStringLiteral(
+            R"re(^\s*DASHBOARD_MAPPING\s*\(\s*(\w+)\s*,\s*(-?\d+\.?\d*)\s*,\s*(-?\d+\.?\d*)\s*\))re")),
+        QRegularExpression(QStringLiteral(
+            R"re(^\s*DASHBOARD_SIGNAL\s*\(\s*(\w+)\s*,\s*"([^"]+)"\s*,\s*(\w+)\s*\))re")),
+        QRegularExpression(QStringLiteral(
+            R"re(^\s*DASHBOARD_STATE_GROUP\s*\(\s*(\w+)\s*,\s*"([^"]+)"\s*\))re")),
+        QRegularExpression(QStringLiteral(
+            R"re(^\s*DASHBOARD_STATE\s*\(\s*(\w+)\s*,\s*(\w+)\s*,\s*"([^"]+)"\s*\))re")),
+        QRegularExpression(QStringLiteral(
+            R"re(^\s*DASHBOARD_ERROR\s*\(\s*(\w+)\s*,\s*(-?\d+)\s*,\s*"([^"]+)"\s*\))re")),
+    };
+    return patterns[form];
 }
 
 // Linear search in file order: the first record of that name.
@@ -71,35 +69,71 @@ bool SignalDefinitions::load(const QString &path)
     return true;
 }
 
+const QRegularExpression &SignalDefinitions::pattern(Declaration form)
+{
+    return compiledPattern(int(form));
+}
+
+bool SignalDefinitions::isSkipped(const QString &trimmedLine)
+{
+    return trimmedLine.isEmpty() || trimmedLine.startsWith(QLatin1String("//"))
+        || trimmedLine.startsWith(QLatin1String("/*"));
+}
+
+std::optional<SignalDefinitions::Declaration> SignalDefinitions::declarationOf(const QString &trimmedLine,
+                                                                              QRegularExpressionMatch *match)
+{
+    if (isSkipped(trimmedLine))
+        return std::nullopt;
+    for (int form = 0; form < DeclarationCount; ++form) {
+        *match = compiledPattern(form).match(trimmedLine);
+        if (match->hasMatch())
+            return Declaration(form);
+    }
+    return std::nullopt;
+}
+
 void SignalDefinitions::parseLine(const QString &line)
 {
-    if (line.isEmpty() || line.startsWith(QLatin1String("//")) || line.startsWith(QLatin1String("/*")))
+    QRegularExpressionMatch m;
+    const auto form = declarationOf(line, &m);
+    if (!form)
         return;
-    const Patterns &p = patterns();
-
-    if (const auto m = p.mapping.match(line); m.hasMatch()) {
+    switch (*form) {
+    case Declaration::Mapping: {
         const SignalMapping mapping{m.captured(1), m.captured(2).toDouble(), m.captured(3).toDouble()};
         m_mappings.append(mapping);
         m_mappingByName.insert(mapping.name, mapping);
-    } else if (const auto m = p.signal.match(line); m.hasMatch()) {
+        break;
+    }
+    case Declaration::Signal:
         m_signals.append(SignalDef{m.captured(1), m.captured(2), m.captured(3), 0.0, 0.0});
-    } else if (const auto m = p.stateGroup.match(line); m.hasMatch()) {
+        break;
+    case Declaration::StateGroup:
         addStateGroup(m.captured(1), m.captured(2));
-    } else if (const auto m = p.state.match(line); m.hasMatch()) {
-        const QString groupId = m.captured(1);
-        if (!m_groupIndex.contains(groupId))
-            addStateGroup(groupId, groupId); // a state may come before its group line
-        const QString key = stateKey(groupId, m.captured(2));
-        const int position = int(m_states.size());
-        m_states.append(StateDef{groupId, m.captured(2), m.captured(3), key});
-        m_statesByGroup[groupId].append(position);
-        m_stateIndex.insert(key, position);
-    } else if (const auto m = p.error.match(line); m.hasMatch()) {
+        break;
+    case Declaration::State:
+        addState(m.captured(1), m.captured(2), m.captured(3));
+        break;
+    case Declaration::Error: {
         const int position = int(m_errors.size());
         m_errors.append(ErrorDef{m.captured(1), m.captured(2).toInt(), m.captured(3)});
         m_errorIndexByName.insert(m_errors.last().name, position);
         m_errorIndexByCode.insert(m_errors.last().code, position);
+        break;
     }
+    }
+}
+
+void SignalDefinitions::addState(const QString &groupId, const QString &stateId, const QString &label)
+{
+    if (!m_groupIndex.contains(groupId))
+        addStateGroup(groupId, groupId); // a state may come before its group line
+    const QString key = stateKey(groupId, stateId);
+    const int position = int(m_states.size());
+    m_states.append(StateDef{groupId, stateId, label, key});
+    m_statesByGroup[groupId].append(position);
+    m_stateIndex.insert(key, position);
 }
 
 void SignalDefinitions::addStateGroup(const QString &id, const QString &label)

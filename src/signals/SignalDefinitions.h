@@ -7,6 +7,11 @@
 
 #include <optional>
 
+QT_BEGIN_NAMESPACE
+class QRegularExpression;
+class QRegularExpressionMatch;
+QT_END_NAMESPACE
+
 // physical = raw * scale + offset; the file writes the arguments as (name, offset, scale).
 struct SignalMapping
 {
@@ -79,6 +84,19 @@ public:
 
     static QString stateKey(const QString &groupId, const QString &stateId);
 
+    // The five declaration forms, in the order load() tries them on a line.
+    enum class Declaration { Mapping, Signal, StateGroup, State, Error };
+    static constexpr int DeclarationCount = 5;
+    // The exact pattern load() matches a form with; its captures are the
+    // arguments in file order. Checkers reuse it rather than restate it.
+    static const QRegularExpression &pattern(Declaration form);
+    // A trimmed line load() passes over before trying any pattern: empty,
+    // or starting with "//" or "/*".
+    static bool isSkipped(const QString &trimmedLine);
+    // The form load() acts on for a trimmed line (the first that matches),
+    // with the match in *match; empty when the line declares nothing.
+    static std::optional<Declaration> declarationOf(const QString &trimmedLine, QRegularExpressionMatch *match);
+
     // The catalogue that widgets and dialogs consult; owned by the main window.
     static const SignalDefinitions *current();
     static void setCurrent(const SignalDefinitions *defs);
@@ -94,6 +112,7 @@ public:
 private:
     void parseLine(const QString &line);
     void addStateGroup(const QString &id, const QString &label);
+    void addState(const QString &groupId, const QString &stateId, const QString &label);
 
     QString m_path;
     QString m_lastError;

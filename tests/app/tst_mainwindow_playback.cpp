@@ -160,18 +160,29 @@ private Q_SLOTS:
         QCOMPARE(readFile(path), QByteArray("0.000000 RPM=1\n1.000000 RPM=2\n"));
     }
 
-    void refusedWritesAreReported()
+    // A full disk ends the recording: the user learns which file, why, and
+    // what it keeps, and the file ends on its last whole line.
+    void refusedWritesEndTheRecording()
     {
         PtyPair pty;
         WindowFixture f;
         QVERIFY(startRecording(f, pty));
+        const QString path = f.window->recordingWriter()->filePath();
+        QVERIFY(pty.write("0.5 RPM=1\n"));
+        QTRY_COMPARE(f.window->recordingWriter()->linesWritten(), 1);
+        f.window->recordingWriter()->flush();
         {
             const DiskFull full;
-            QVERIFY(pty.write("1.0 RPM=1\n"));
+            QVERIFY(pty.write("1.0 RPM=2\n"));
             QTRY_COMPARE(f.prompts->warnings.size(), 1);
         }
-        QVERIFY(f.prompts->warnings.at(0).text.contains(QFileInfo(f.window->recordingWriter()->filePath()).fileName()));
-        QCOMPARE(f.window->mode(), Ombrix::Record);
+        QCOMPARE(f.window->mode(), Ombrix::Idle);
+        const ScriptedPrompts::Shown shown = f.prompts->warnings.at(0);
+        QVERIFY2(shown.text.contains(QFileInfo(path).fileName()) && shown.text.contains(QLatin1String("It keeps the 1 line")),
+                 qPrintable(shown.text));
+        QCOMPARE(shown.details, path);
+        QCOMPARE(readFile(path), QByteArray("0.000000 RPM=1\n"));
+        QCOMPARE(f.window->playbackFile(), path);
     }
 
     void playbackRoutesEventsAtTheirTimesAndPauses()
@@ -318,8 +329,10 @@ private Q_SLOTS:
                                              f.window->definitions(), options));
         QCOMPARE(read("signals.csv"), read("signals-ref.csv"));
 
-        QVERIFY(!f.window->exportEventsTo(f.project + QStringLiteral("/no/such/folder/events.csv")));
+        const QString unwritable = f.project + QStringLiteral("/no/such/folder/events.csv");
+        QVERIFY(!f.window->exportEventsTo(unwritable));
         QCOMPARE(f.prompts->warningTexts(), QStringList{QStringLiteral("Export Events CSV: Could not open file for writing.")});
+        QVERIFY(f.prompts->warnings.at(0).details.contains(unwritable + QLatin1String(": No such file or directory")));
     }
 
     void simulatedDeviceIsRecordedAndPlayedBack()

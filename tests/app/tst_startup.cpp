@@ -97,6 +97,30 @@ private Q_SLOTS:
         QCOMPARE(QFileInfo::exists(m_root->filePath(folder + QLatin1String("/recordings"))), valid);
     }
 
+    // Paths on the command line that lead nowhere are said on the terminal.
+    void commandLinePathProblems_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("problem");
+        QTest::newRow("fine") << QStringList{"-p", "project"} << QString();
+        QTest::newRow("missing project") << QStringList{"-p", "missing"} << "--project missing: no such folder";
+        QTest::newRow("not a project") << QStringList{"-p", "plain"}
+                                       << "--project plain: not a project folder (no dashboard_signals.def in it)";
+        QTest::newRow("missing definitions") << QStringList{"--def", "none.def"} << "--def none.def: no such file";
+        QTest::newRow("missing layout") << QStringList{"-p", "project", "--layout", "x.json"}
+                                        << "--layout x.json: no such file";
+    }
+
+    void commandLinePathProblems()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, problem);
+        makeProject(QStringLiteral("project"));
+        QDir(m_root->path()).mkpath(QStringLiteral("plain"));
+        QDir::setCurrent(m_root->path());
+        QCOMPARE(parse(arguments).problems(), problem.isEmpty() ? QStringList() : QStringList{problem});
+    }
+
     void setProjectDirTakesProjectButRemembersInOtherStore()
     {
         const QString dir = makeProject(QStringLiteral("bench"));
@@ -200,6 +224,7 @@ private Q_SLOTS:
 
         QVERIFY(!w.window.loadDefinitions(path));
         QCOMPARE(w.prompts->warningTexts(), QStringList{QStringLiteral("Signals Definition: ") + warning.arg(path)});
+        QVERIFY(w.prompts->warnings.at(0).details.startsWith(path + QLatin1String(": "))); // and why
         QCOMPARE(w.window.definitions(), before);
         QCOMPARE(SignalDefinitions::current(), before);
         QVERIFY(before->signalFor(QStringLiteral("RPM")));

@@ -146,14 +146,20 @@ void tst_RecordingWriter::failuresAndMisuse()
     QVERIFY(!writer.start(m_dir->path(), QString()));
     QCOMPARE(writer.errorString(), QStringLiteral("Already recording."));
 
-    // The last few lines are refused when they reach the disk: the loss is reported.
+    // Lines refused on their way to the disk end the recording; the file
+    // keeps the whole lines written before and says how many.
+    writer.appendMessage(0, QStringLiteral("kept"));
+    writer.flush();
     QSignalSpy failed(&writer, &RecordingWriter::writeFailed);
     {
         const DiskFull full;
-        writer.appendMessage(0, QStringLiteral("lost"));
-        writer.stop();
+        writer.appendMessage(1, QStringLiteral("lost"));
+        writer.flush();
     }
     QCOMPARE(failed.count(), 1);
+    QVERIFY(!writer.isRecording());
+    QCOMPARE(writer.linesInFile(), 1);
+    QCOMPARE(readFile(writer.filePath()), QByteArray("0.000000 RAWkept\n"));
 }
 
 QTEST_GUILESS_MAIN(tst_RecordingWriter)
