@@ -43,7 +43,9 @@ QString UserPrompts::existingDirectory(QWidget *parent, const QString &caption, 
 bool UserPrompts::acceptProjectIntro(QWidget *parent)
 {
     ProjectIntroDialog dialog(parent);
-    return dialog.exec() == QDialog::Accepted;
+    const bool accepted = dialog.exec() == QDialog::Accepted;
+    m_introChoice = dialog.choice();
+    return accepted;
 }
 
 bool UserPrompts::chooseSignalsExport(QWidget *parent, const QStringList &signalNames,

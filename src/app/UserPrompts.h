@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ProjectIntroDialog.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -31,7 +33,13 @@ public:
     virtual QString existingDirectory(QWidget *parent, const QString &caption, const QString &dir);
     // The first-run explanation; false when the user cancels it.
     virtual bool acceptProjectIntro(QWidget *parent);
+    // How the last accepted intro goes on: open a folder (its Open button),
+    // create a new project, or open the demo.
+    virtual ProjectIntroDialog::Choice introChoice() const { return m_introChoice; }
     // Which signals, rate and units to export; false when cancelled.
     virtual bool chooseSignalsExport(QWidget *parent, const QStringList &signalNames,
                                      const SignalDefinitions *defs, SignalsExportOptions *options);
+
+private:
+    ProjectIntroDialog::Choice m_introChoice = ProjectIntroDialog::Choice::OpenProject;
 };

@@ -35,6 +35,8 @@ public:
     QStringList captions;      // every file or folder dialog, in order
     QStringList fileAnswers;   // answers to file and folder dialogs; empty = cancel
     QList<bool> introAnswers;  // answers to the intro dialog; none left = cancel
+    // How each accepted intro goes on; none left = its Open button.
+    QList<ProjectIntroDialog::Choice> introChoices;
     int introShown = 0;
 
     void warning(QWidget *, const QString &title, const QString &text, const QString &details) override
@@ -51,8 +53,10 @@ public:
     bool acceptProjectIntro(QWidget *) override
     {
         ++introShown;
+        m_choice = introChoices.isEmpty() ? ProjectIntroDialog::Choice::OpenProject : introChoices.takeFirst();
         return introAnswers.isEmpty() ? false : introAnswers.takeFirst();
     }
+    ProjectIntroDialog::Choice introChoice() const override { return m_choice; }
 
     // "title: text" of every warning, in order.
     QStringList warningTexts() const
@@ -64,6 +68,8 @@ public:
     }
 
 private:
+    ProjectIntroDialog::Choice m_choice = ProjectIntroDialog::Choice::OpenProject;
+
     QString answer(const QString &caption)
     {
         captions.append(caption);
