@@ -38,6 +38,7 @@ public:
     // How each accepted intro goes on; none left = its Open button.
     QList<ProjectIntroDialog::Choice> introChoices;
     int introShown = 0;
+    QStringList shownFolders;  // folders shown in the file manager
 
     void warning(QWidget *, const QString &title, const QString &text, const QString &details) override
     {
@@ -47,6 +48,7 @@ public:
     {
         informations.append({title, text, QString()});
     }
+    void about(QWidget *parent, const QString &title, const QString &text) override { information(parent, title, text); }
     QString openFileName(QWidget *, const QString &caption, const QString &, const QString &) override { return answer(caption); }
     QString saveFileName(QWidget *, const QString &caption, const QString &, const QString &) override { return answer(caption); }
     QString existingDirectory(QWidget *, const QString &caption, const QString &) override { return answer(caption); }
@@ -57,6 +59,11 @@ public:
         return introAnswers.isEmpty() ? false : introAnswers.takeFirst();
     }
     ProjectIntroDialog::Choice introChoice() const override { return m_choice; }
+    bool showFolder(const QString &path) override
+    {
+        shownFolders.append(path);
+        return true;
+    }
 
     // "title: text" of every warning, in order.
     QStringList warningTexts() const
