@@ -39,11 +39,14 @@ QString plainText(QString text)
     return text;
 }
 
-// Some platforms have no standard key for an action (Windows has none for Quit).
-QKeySequence standardOr(QKeySequence::StandardKey key, const QKeySequence &fallback)
+// The platform's keys for an action plus the common one, which some
+// platforms lack (Windows has no Quit key, plain X11 no full-screen one).
+QList<QKeySequence> standardAnd(QKeySequence::StandardKey key, const QKeySequence &common)
 {
-    const QKeySequence standard(key);
-    return standard.isEmpty() ? fallback : standard;
+    QList<QKeySequence> keys = QKeySequence::keyBindings(key);
+    if (!keys.contains(common))
+        keys.append(common);
+    return keys;
 }
 
 } // namespace
@@ -70,18 +73,23 @@ QMenu *MainMenus::addMenu(QMainWindow *window, const QString &title)
     return menu;
 }
 
-QAction *MainMenus::addAction(QMenu *menu, const QString &text, const QKeySequence &keys)
+QAction *MainMenus::addAction(QMenu *menu, const QString &text, const QList<QKeySequence> &keys)
 {
     QAction *action = menu->addAction(text);
-    action->setShortcut(keys);
+    action->setShortcuts(keys);
     return action;
+}
+
+QAction *MainMenus::addAction(QMenu *menu, const QString &text, const QKeySequence &key)
+{
+    return addAction(menu, text, key.isEmpty() ? QList<QKeySequence>() : QList<QKeySequence>{key});
 }
 
 void MainMenus::buildFile(QMainWindow *window)
 {
     QMenu *file = addMenu(window, tr("&File"));
-    newProjectAction = addAction(file, tr("&New Project…"), standardOr(QKeySequence::New, QKeySequence(tr("Ctrl+N"))));
-    openProjectAction = addAction(file, tr("&Open Project…"), standardOr(QKeySequence::Open, QKeySequence(tr("Ctrl+O"))));
+    newProjectAction = addAction(file, tr("&New Project…"), standardAnd(QKeySequence::New, QKeySequence(tr("Ctrl+N"))));
+    openProjectAction = addAction(file, tr("&Open Project…"), standardAnd(QKeySequence::Open, QKeySequence(tr("Ctrl+O"))));
     openDemoAction = addAction(file, tr("Open &Demo Project"), QKeySequence());
     recentProjectsMenu = file->addMenu(tr("&Recent Projects"));
     connect(recentProjectsMenu, &QMenu::aboutToShow, this, [this] {
@@ -89,7 +97,7 @@ void MainMenus::buildFile(QMainWindow *window)
     });
     file->addSeparator();
 
-    m_toolBars->saveLayoutAction->setShortcut(standardOr(QKeySequence::Save, QKeySequence(tr("Ctrl+S"))));
+    m_toolBars->saveLayoutAction->setShortcuts(standardAnd(QKeySequence::Save, QKeySequence(tr("Ctrl+S"))));
     m_toolBars->loadLayoutAction->setShortcut(QKeySequence(tr("Ctrl+L")));
     file->addAction(m_toolBars->saveLayoutAction);
     file->addAction(m_toolBars->loadLayoutAction);
@@ -99,7 +107,7 @@ void MainMenus::buildFile(QMainWindow *window)
     file->addSeparator();
     openProjectFolderAction = addAction(file, tr("Show Project &Folder"), QKeySequence());
     file->addSeparator();
-    quitAction = addAction(file, tr("&Quit"), standardOr(QKeySequence::Quit, QKeySequence(tr("Ctrl+Q"))));
+    quitAction = addAction(file, tr("&Quit"), standardAnd(QKeySequence::Quit, QKeySequence(tr("Ctrl+Q"))));
 }
 
 void MainMenus::buildAcquisition(QMainWindow *window)
@@ -137,20 +145,19 @@ void MainMenus::buildView(QMainWindow *window)
     m_toolBars->designAction->setShortcut(QKeySequence(tr("Ctrl+D")));
     view->addAction(m_toolBars->designAction);
     view->addSeparator();
-    zoomInAction = addAction(view, tr("Zoom &In"), QKeySequence::ZoomIn);
     // Ctrl++ needs Shift on many keyboards; Ctrl+= is the same key without it.
-    zoomInAction->setShortcuts({QKeySequence(QKeySequence::ZoomIn), QKeySequence(tr("Ctrl+="))});
-    zoomOutAction = addAction(view, tr("Zoom &Out"), QKeySequence::ZoomOut);
+    zoomInAction = addAction(view, tr("Zoom &In"), standardAnd(QKeySequence::ZoomIn, QKeySequence(tr("Ctrl+="))));
+    zoomOutAction = addAction(view, tr("Zoom &Out"), standardAnd(QKeySequence::ZoomOut, QKeySequence(tr("Ctrl+-"))));
     zoomResetAction = addAction(view, tr("&Actual Size"), QKeySequence(tr("Ctrl+0")));
     view->addSeparator();
-    fullScreenAction = addAction(view, tr("&Full Screen"), standardOr(QKeySequence::FullScreen, QKeySequence(tr("F11"))));
+    fullScreenAction = addAction(view, tr("&Full Screen"), standardAnd(QKeySequence::FullScreen, QKeySequence(tr("F11"))));
     fullScreenAction->setCheckable(true);
 }
 
 void MainMenus::buildHelp(QMainWindow *window)
 {
     QMenu *help = addMenu(window, tr("&Help"));
-    shortcutsAction = addAction(help, tr("&Keyboard Shortcuts"), standardOr(QKeySequence::HelpContents, QKeySequence(tr("F1"))));
+    shortcutsAction = addAction(help, tr("&Keyboard Shortcuts"), standardAnd(QKeySequence::HelpContents, QKeySequence(tr("F1"))));
     aboutAction = addAction(help, tr("&About Ombrix"), QKeySequence());
 }
 

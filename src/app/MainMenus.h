@@ -68,7 +68,8 @@ Q_SIGNALS:
 
 private:
     QMenu *addMenu(QMainWindow *window, const QString &title);
-    QAction *addAction(QMenu *menu, const QString &text, const QKeySequence &keys);
+    QAction *addAction(QMenu *menu, const QString &text, const QList<QKeySequence> &keys);
+    QAction *addAction(QMenu *menu, const QString &text, const QKeySequence &key);
     void buildFile(QMainWindow *window);
     void buildAcquisition(QMainWindow *window);
     void buildPlayback(QMainWindow *window);
