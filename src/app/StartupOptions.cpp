@@ -25,7 +25,6 @@ void StartupOptions::addOptions(QCommandLineParser &parser)
 {
     parser.setApplicationDescription(QStringLiteral("Dashboard for live serial telemetry."));
     parser.addHelpOption();
-    parser.addVersionOption();
     parser.addOption({{QStringLiteral("p"), kProject}, QStringLiteral("Project directory."), QStringLiteral("dir")});
     parser.addOption({{QStringLiteral("d"), kDef}, QStringLiteral("Path to dashboard_signals.def."),
                       QStringLiteral("file")});
@@ -40,6 +39,7 @@ void StartupOptions::addOptions(QCommandLineParser &parser)
                           .arg(FrameClock::MaxFramesPerSecond)
                           .arg(FrameClock::DefaultFramesPerSecond),
                       QStringLiteral("n"), QString::number(FrameClock::DefaultFramesPerSecond)});
+    parser.addVersionOption();
     parser.addPositionalArgument(QStringLiteral("file"),
                                  QStringLiteral("A recording (.rec) to open for playback, or a layout (.json) to load."),
                                  QStringLiteral("[file]"));
