@@ -90,7 +90,7 @@ void MainMenus::buildFile(QMainWindow *window)
     QMenu *file = addMenu(window, tr("&File"));
     newProjectAction = addAction(file, tr("&New Project…"), standardAnd(QKeySequence::New, QKeySequence(tr("Ctrl+N"))));
     openProjectAction = addAction(file, tr("&Open Project…"), standardAnd(QKeySequence::Open, QKeySequence(tr("Ctrl+O"))));
-    openDemoAction = addAction(file, tr("Open &Demo Project"), QKeySequence());
+    openDemoAction = addAction(file, tr("Open a Copy of the &Demo"), QKeySequence());
     recentProjectsMenu = file->addMenu(tr("&Recent Projects"));
     connect(recentProjectsMenu, &QMenu::aboutToShow, this, [this] {
         fillRecentMenu(recentProjectsMenu, m_recentProjects, tr("No recent projects"), true);
