@@ -37,6 +37,8 @@ int main(int argc, char *argv[])
     QCoreApplication::setOrganizationDomain(QStringLiteral("tarnwell.example"));
     QCoreApplication::setApplicationName(QStringLiteral("Ombrix"));
     QCoreApplication::setApplicationVersion(QStringLiteral(OMBRIX_VERSION));
+    // Wayland desktops find the window's name and icon through its desktop entry.
+    QGuiApplication::setDesktopFileName(QStringLiteral("example.tarnwell.Ombrix"));
     answerTextOnlyRequests(argc, argv);
     QApplication app(argc, argv);
 
