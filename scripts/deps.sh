@@ -3,7 +3,11 @@
 # Sourced by run.sh, test.sh and bench.sh.
 set -euo pipefail
 
-OMBRIX_PACKAGES=(cmake g++ make qt6-base-dev qt6-base-dev-tools qt6-serialport-dev qt6-svg-dev libgl-dev fonts-dejavu-core)
+# help2man writes the man pages at build time; dpkg-dev and file let cpack
+# find the Debian package's dependencies; the rest check what is installed
+# (desktop entry, metainfo, MIME type).
+OMBRIX_PACKAGES=(cmake g++ make qt6-base-dev qt6-base-dev-tools qt6-serialport-dev qt6-svg-dev libgl-dev fonts-dejavu-core
+                 help2man dpkg-dev file desktop-file-utils appstream shared-mime-info)
 
 ombrix_install_deps() {
   local missing=()

@@ -62,6 +62,10 @@ QString usage()
         "  check-def       list what loading a definition file skips or overrides, and why\n"
         "  check-layout    list what loading a layout skips, ignores or changes\n"
         "\n"
+        "Options:\n"
+        "  -h, --help      show this help\n"
+        "  -v, --version   show the version\n"
+        "\n"
         "Run 'ombrix-cli <command> --help' for the options of a command.\n");
 }
 
@@ -73,6 +77,7 @@ int main(int argc, char *argv[])
     QCoreApplication::setOrganizationDomain(QStringLiteral("tarnwell.example"));
     // The window's identity, so that both resolve the same settings.
     QCoreApplication::setApplicationName(QStringLiteral("Ombrix"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(OMBRIX_VERSION));
     // These commands create widgets, with no display needed; every other
     // command runs on Qt Core alone.
     const bool widgets = argc > 1 && drawsWidgets(argv[1]);
@@ -90,6 +95,10 @@ int main(int argc, char *argv[])
     const QString name = args.at(1);
     if (name == QLatin1String("--help") || name == QLatin1String("-h") || name == QLatin1String("help")) {
         QTextStream(stdout) << usage();
+        return 0;
+    }
+    if (name == QLatin1String("--version") || name == QLatin1String("-v")) {
+        QTextStream(stdout) << "ombrix-cli " << QCoreApplication::applicationVersion() << '\n';
         return 0;
     }
     const auto it = commands().find(name);

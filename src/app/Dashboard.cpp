@@ -54,14 +54,31 @@ Dashboard::Dashboard(QWidget *viewParent)
 {
     m_view->setObjectName(QStringLiteral("dashboardView"));
     m_view->viewport()->installEventFilter(this);
-    m_scene->setSceneRect(QRectF(QPointF(0, 0), m_view->viewport()->size()));
+    updateSceneRect();
 }
 
 bool Dashboard::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched == m_view->viewport() && event->type() == QEvent::Resize)
-        m_scene->setSceneRect(QRectF(QPointF(0, 0), m_view->viewport()->size()));
+        updateSceneRect();
     return QObject::eventFilter(watched, event);
+}
+
+void Dashboard::setZoom(double zoom)
+{
+    // Steps of 1.25 from 1 land back on 1 only up to rounding.
+    zoom = qBound(MinZoom, zoom, MaxZoom);
+    m_zoom = qFuzzyCompare(zoom, 1.0) ? 1.0 : zoom;
+    m_view->setTransform(QTransform::fromScale(m_zoom, m_zoom));
+    updateSceneRect();
+}
+
+void Dashboard::updateSceneRect()
+{
+    QRectF rect(QPointF(0, 0), QSizeF(m_view->viewport()->size()) / m_zoom);
+    if (m_zoom > 1.0)
+        rect = rect.united(QRectF(QPointF(0, 0), m_scene->itemsBoundingRect().bottomRight()));
+    m_scene->setSceneRect(rect);
 }
 
 QList<DashboardItem *> Dashboard::items() const

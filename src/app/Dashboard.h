@@ -57,11 +57,25 @@ public:
     // Repaints every widget, e.g. after the catalogue changed.
     void updateWidgets();
 
+    // The view's magnification, MinZoom to MaxZoom; 1 shows the surface as laid out.
+    static constexpr double MinZoom = 0.25;
+    static constexpr double MaxZoom = 4.0;
+    static constexpr double ZoomStep = 1.25;
+    double zoom() const { return m_zoom; }
+    void setZoom(double zoom);
+    void zoomIn() { setZoom(m_zoom * ZoomStep); }
+    void zoomOut() { setZoom(m_zoom / ZoomStep); }
+
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    // The viewport's area in scene units; zoomed in, also every item, so
+    // that the scroll bars reach them.
+    void updateSceneRect();
+
     DesignScene *m_scene = nullptr;
     QGraphicsView *m_view = nullptr;
     bool m_designMode = false;
+    double m_zoom = 1.0;
 };

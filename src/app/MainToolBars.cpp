@@ -1,6 +1,6 @@
 #include "MainToolBars.h"
 
-#include "ClickableLabel.h"
+#include "FileButton.h"
 #include "PlaybackScrubber.h"
 
 #include <QAction>
@@ -137,9 +137,11 @@ void MainToolBars::buildIo(QMainWindow *window)
     ioBar->addWidget(useRecordingDefinitionsBox);
     addSpacer(ioBar);
 
-    playbackFileLabel = new ClickableLabel(tr("No file selected"), ioBar);
+    playbackFileButton = new FileButton(tr("No file selected"), ioBar);
+    playbackFileButton->setObjectName(QStringLiteral("playbackFileButton"));
+    playbackFileLabel = playbackFileButton->label();
     playbackFileLabel->setObjectName(QStringLiteral("playbackFileLabel"));
-    ioBar->addWidget(playbackFileLabel);
+    ioBar->addWidget(playbackFileButton);
     addSpacer(ioBar);
 
     positionSlider = new QSlider(Qt::Horizontal, ioBar);
@@ -191,6 +193,12 @@ void MainToolBars::setBaudRate(int rate)
 void MainToolBars::setConnected(bool connected)
 {
     connectButton->setText(connected ? tr("Disconnect") : tr("Connect"));
+    Q_EMIT connectedChanged(connected);
+}
+
+void MainToolBars::scaleSpeed(double factor)
+{
+    speedBox->setValue(qBound(speedBox->minimum(), speedBox->value() * factor, speedBox->maximum()));
 }
 
 void MainToolBars::setPlaying(bool playing)

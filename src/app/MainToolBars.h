@@ -15,7 +15,7 @@ class QToolBar;
 class QToolButton;
 QT_END_NAMESPACE
 
-class ClickableLabel;
+class FileButton;
 
 // The main window's three tool bars ("Controls", "Export", "I/O") and the
 // controls on them. The window connects to the public members; this class
@@ -37,6 +37,8 @@ public:
     void setConnected(bool connected);
     // Stop/pause button and play button for the playing state.
     void setPlaying(bool playing);
+    // Multiplies the speed factor, kept within the speed box's range.
+    void scaleSpeed(double factor);
 
     QToolBar *controlsBar = nullptr;
     QToolBar *exportBar = nullptr;
@@ -58,9 +60,15 @@ public:
     QAction *exportEventsAction = nullptr;
 
     QCheckBox *useRecordingDefinitionsBox = nullptr;
-    ClickableLabel *playbackFileLabel = nullptr;
+    // The playback file label ("No file selected" or the file's name) is the
+    // text of a button that chooses the recording.
+    FileButton *playbackFileButton = nullptr;
+    QLabel *playbackFileLabel = nullptr;
     QSlider *positionSlider = nullptr;
     QLabel *timeLabel = nullptr;
+
+Q_SIGNALS:
+    void connectedChanged(bool connected);
 
 private:
     QToolBar *addBar(QMainWindow *window, const QString &title, const QString &objectName);

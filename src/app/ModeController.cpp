@@ -65,6 +65,14 @@ void ModeController::playButton()
     setMode(Play);
 }
 
+void ModeController::playPauseButton()
+{
+    if (m_mode == Play)
+        stopButton();
+    else
+        playButton();
+}
+
 void ModeController::stopButton()
 {
     setMode(m_mode == Play ? Pause : Idle);

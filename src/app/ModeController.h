@@ -44,6 +44,8 @@ public Q_SLOTS:
     void playButton();
     // Play becomes Pause, any other mode Idle.
     void stopButton();
+    // One key for both: Play becomes Pause, any other mode Play.
+    void playPauseButton();
 
     // A recording ends when its device goes away or the user closes the
     // port: a port opened again restarts its clock, and the times would run

@@ -1,15 +1,17 @@
 #include "Ombrix.h"
 
-#include "ClickableLabel.h"
 #include "Dashboard.h"
 #include "DashboardWidget.h"
 #include "DashboardWidgetFactory.h"
 #include "FileActions.h"
+#include "FileButton.h"
 #include "LiveInput.h"
+#include "MainMenus.h"
 #include "MainToolBars.h"
 #include "PlaybackScrubber.h"
 #include "PlaybackSession.h"
 #include "Project.h"
+#include "RecentFiles.h"
 #include "RecordingWriter.h"
 #include "SerialControls.h"
 #include "SerialManager.h"
@@ -20,15 +22,19 @@
 
 #include <QAction>
 #include <QCheckBox>
+#include <QDir>
 #include <QDoubleSpinBox>
+#include <QEvent>
 #include <QFileInfo>
 #include <QGraphicsView>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QSlider>
 #include <QStatusBar>
 #include <QStyle>
 #include <QStyleFactory>
 #include <QTimer>
+#include <QToolButton>
 
 Ombrix::Ombrix(QWidget *parent)
     : QMainWindow(parent)
@@ -40,6 +46,9 @@ Ombrix::Ombrix(QWidget *parent)
     DashboardWidgetFactory::instance().registerBuiltInTypes();
     m_project = new Project(this, this);
     m_toolBars = new MainToolBars(this);
+    m_recentProjects = std::make_unique<RecentFiles>(QStringLiteral("recentProjects"));
+    m_recentRecordings = std::make_unique<RecentFiles>(QStringLiteral("recentRecordings"));
+    m_menus = new MainMenus(this, m_toolBars, m_recentProjects.get(), m_recentRecordings.get());
     buildCentralArea();
     m_modeLabel = new QLabel(this);
     m_modeLabel->setObjectName(QStringLiteral("modeLabel"));
@@ -58,9 +67,14 @@ Ombrix::Ombrix(QWidget *parent)
     connectProject();
     connectModes();
     connectToolBars();
+    connectMenus();
+    connectRecentFiles();
     m_live->serial()->refreshPorts();
     showMode(m_modes->mode());
+    updatePlaybackFileDisplay();
     resize(1280, 800);
+    // Keys such as Space and Home belong to the dashboard, not to the port box.
+    m_dashboard->view()->setFocus();
 }
 
 Ombrix::~Ombrix()
@@ -119,12 +133,83 @@ void Ombrix::connectToolBars()
     connect(bars->loadLayoutAction, &QAction::triggered, m_files, &FileActions::loadButton);
     connect(bars->exportSignalsAction, &QAction::triggered, m_files, &FileActions::exportSignals);
     connect(bars->exportEventsAction, &QAction::triggered, m_files, &FileActions::exportEvents);
-    connect(bars->playbackFileLabel, &ClickableLabel::clicked, m_playback, &PlaybackSession::selectFile);
+    connect(bars->playbackFileButton, &QPushButton::clicked, m_playback, &PlaybackSession::selectFile);
     connect(bars->speedBox, &QDoubleSpinBox::valueChanged, engine(), &SignalPlaybackEngine::setPlaybackRate);
     connect(bars->useRecordingDefinitionsBox, &QCheckBox::toggled, m_playback,
             &PlaybackSession::setUseRecordingDefinitions);
     connect(m_playback, &PlaybackSession::fileChanged, this, &Ombrix::updatePlaybackFileDisplay);
     connect(m_playback->scrubber(), &PlaybackScrubber::timeTextChanged, bars->timeLabel, &QLabel::setText);
+}
+
+void Ombrix::connectMenus()
+{
+    MainMenus *menus = m_menus;
+    MainToolBars *bars = m_toolBars;
+    connect(menus->newProjectAction, &QAction::triggered, m_project, &Project::chooseNewProject);
+    connect(menus->openProjectAction, &QAction::triggered, m_project, &Project::chooseProject);
+    connect(menus->openDemoAction, &QAction::triggered, m_project, &Project::openDemoCopy);
+    connect(menus, &MainMenus::recentProjectChosen, m_project, &Project::openPicked);
+    connect(m_project, &Project::layoutSuggested, m_files, &FileActions::loadLayoutFrom);
+    connect(menus->exportSignalsAction, &QAction::triggered, bars->exportSignalsAction, &QAction::trigger);
+    connect(menus->exportEventsAction, &QAction::triggered, bars->exportEventsAction, &QAction::trigger);
+    connect(menus->openProjectFolderAction, &QAction::triggered, this, [this] { prompts().showFolder(projectDir()); });
+    connect(menus->quitAction, &QAction::triggered, this, &QWidget::close);
+
+    connect(menus->connectAction, &QAction::triggered, bars->connectButton, &QToolButton::click);
+    connect(bars, &MainToolBars::connectedChanged, menus, &MainMenus::setConnected);
+    connect(menus->stopAction, &QAction::triggered, m_modes, [this] { m_modes->setMode(Idle); });
+
+    connect(menus->chooseRecordingAction, &QAction::triggered, m_playback, &PlaybackSession::selectFile);
+    connect(menus, &MainMenus::recentRecordingChosen, m_playback, &PlaybackSession::setFile);
+    connect(menus->playPauseAction, &QAction::triggered, m_modes, &ModeController::playPauseButton);
+    connect(menus->fasterAction, &QAction::triggered, bars, [bars] { bars->scaleSpeed(2.0); });
+    connect(menus->slowerAction, &QAction::triggered, bars, [bars] { bars->scaleSpeed(0.5); });
+    // As the slider's own Home and End keys do: the scrubber seeks at once.
+    connect(menus->jumpToStartAction, &QAction::triggered, bars->positionSlider,
+            [bars] { bars->positionSlider->triggerAction(QAbstractSlider::SliderToMinimum); });
+    connect(menus->jumpToEndAction, &QAction::triggered, bars->positionSlider,
+            [bars] { bars->positionSlider->triggerAction(QAbstractSlider::SliderToMaximum); });
+
+    connect(menus->zoomInAction, &QAction::triggered, m_dashboard, &Dashboard::zoomIn);
+    connect(menus->zoomOutAction, &QAction::triggered, m_dashboard, &Dashboard::zoomOut);
+    connect(menus->zoomResetAction, &QAction::triggered, m_dashboard, [this] { m_dashboard->setZoom(1.0); });
+    connect(menus->fullScreenAction, &QAction::triggered, this, &Ombrix::setFullScreen);
+    connect(menus->shortcutsAction, &QAction::triggered, this, &Ombrix::showShortcuts);
+    connect(menus->aboutAction, &QAction::triggered, this, &Ombrix::showAbout);
+    connect(m_project, &Project::opened, menus->openProjectFolderAction, [menus] { menus->openProjectFolderAction->setEnabled(true); });
+    menus->openProjectFolderAction->setEnabled(false);
+}
+
+void Ombrix::connectRecentFiles()
+{
+    connect(m_project, &Project::opened, this, [this](const QString &dir) { m_recentProjects->add(dir); });
+    connect(m_playback, &PlaybackSession::fileChanged, this, [this](const QString &path) { m_recentRecordings->add(path); });
+}
+
+void Ombrix::setFullScreen(bool on)
+{
+    setWindowState(on ? windowState() | Qt::WindowFullScreen : windowState() & ~Qt::WindowFullScreen);
+}
+
+void Ombrix::changeEvent(QEvent *event)
+{
+    // A layout can make the window full-screen too; the menu follows.
+    if (event->type() == QEvent::WindowStateChange)
+        m_menus->fullScreenAction->setChecked(isFullScreen());
+    QMainWindow::changeEvent(event);
+}
+
+void Ombrix::showShortcuts()
+{
+    prompts().information(this, tr("Keyboard Shortcuts"), m_menus->shortcutsHtml());
+}
+
+void Ombrix::showAbout()
+{
+    prompts().about(this, tr("About Ombrix"),
+                    tr("<h3>Ombrix %1</h3><p>A dashboard for live serial telemetry: watch, record, replay "
+                       "and export what a device sends.</p><p>Built with Qt %2, running on Qt %3.</p>")
+                        .arg(QStringLiteral(OMBRIX_VERSION), QStringLiteral(QT_VERSION_STR), QString::fromLatin1(qVersion())));
 }
 
 void Ombrix::showMode(OperatingMode mode)
@@ -178,8 +263,12 @@ QString Ombrix::playbackFile() const { return m_playback->filePath(); }
 void Ombrix::updatePlaybackFileDisplay()
 {
     const QString path = m_playback->filePath();
-    m_toolBars->playbackFileLabel->setText(path.isEmpty() ? tr("No file selected") : QFileInfo(path).fileName());
-    m_toolBars->playbackFileLabel->setToolTip(path);
+    FileButton *button = m_toolBars->playbackFileButton;
+    button->setLabelText(path.isEmpty() ? tr("No file selected") : QFileInfo(path).fileName());
+    button->setToolTip(path.isEmpty() ? tr("Choose a recording to play (%1)")
+                                            .arg(m_menus->chooseRecordingAction->shortcut().toString(QKeySequence::NativeText))
+                                      : QDir::toNativeSeparators(path));
+    button->setAccessibleName(m_toolBars->playbackFileLabel->text());
 }
 
 // Played-back data, as the engine delivers it through the playback session.

@@ -11,9 +11,11 @@
 class Dashboard;
 class FileActions;
 class LiveInput;
+class MainMenus;
 class MainToolBars;
 class PlaybackSession;
 class Project;
+class RecentFiles;
 class RecordingWriter;
 class SerialControls;
 class SerialManager;
@@ -84,6 +86,10 @@ public:
     ModeController *modes() const { return m_modes; }
     PlaybackSession *playback() const { return m_playback; }
     MainToolBars *toolBars() const { return m_toolBars; }
+    MainMenus *menus() const { return m_menus; }
+    // The projects opened and recordings played, newest first, kept in the settings.
+    RecentFiles &recentProjects() const { return *m_recentProjects; }
+    RecentFiles &recentRecordings() const { return *m_recentRecordings; }
     WidgetPalette *palette() const { return m_palette; }
     Dashboard *dashboard() const { return m_dashboard; }
     SerialManager *serialManager() const;
@@ -124,13 +130,25 @@ private:
     void connectProject();
     void connectModes();
     void connectToolBars();
+    void connectMenus();
+    void connectRecentFiles();
     void showMode(OperatingMode mode);
+    void setFullScreen(bool on);
+    void showShortcuts();
+    void showAbout();
 
+protected:
+    void changeEvent(QEvent *event) override;
+
+private:
     // Live lines are ignored during Play and Pause while this is set.
     bool m_muteLiveInputDuringPlayback = true;
 
     Project *m_project = nullptr;
     MainToolBars *m_toolBars = nullptr;
+    MainMenus *m_menus = nullptr;
+    std::unique_ptr<RecentFiles> m_recentProjects;
+    std::unique_ptr<RecentFiles> m_recentRecordings;
     WidgetPalette *m_palette = nullptr;
     Dashboard *m_dashboard = nullptr;
     SignalRouter *m_router = nullptr;

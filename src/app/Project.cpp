@@ -1,6 +1,7 @@
 #include "Project.h"
 
 #include "FileErrors.h"
+#include "ProjectTemplates.h"
 #include "SignalDefinitions.h"
 #include "UserPrompts.h"
 
@@ -121,10 +122,20 @@ void Project::promptForProject()
             Q_EMIT closeRequested();
             return;
         }
-        const QString start =
-            m_dir.isEmpty() ? QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) : m_dir;
+        switch (m_prompts->introChoice()) {
+        case ProjectIntroDialog::Choice::NewProject:
+            if (chooseNewProject())
+                return;
+            continue;
+        case ProjectIntroDialog::Choice::DemoProject:
+            if (openDemoCopy())
+                return;
+            continue;
+        case ProjectIntroDialog::Choice::OpenProject:
+            break;
+        }
         const QString folder = m_prompts->existingDirectory(
-            m_dialogParent, tr("Select Project Folder (contains dashboard_signals.def)"), start);
+            m_dialogParent, tr("Select Project Folder (contains dashboard_signals.def)"), chooserStartFolder());
         if (folder.isEmpty()) {
             Q_EMIT closeRequested();
             return;
@@ -134,8 +145,83 @@ void Project::promptForProject()
                                tr("Selected folder does not contain dashboard_signals.def"));
             continue;
         }
-        if (setProjectDir(folder))
-            rememberedStore().setValue(ProjectDirKey, folder);
+        openPicked(folder);
         return;
     }
+}
+
+bool Project::openPicked(const QString &dir)
+{
+    if (!isValidProjectDir(dir)) {
+        m_prompts->warning(m_dialogParent, tr("Invalid Project"),
+                           tr("Selected folder does not contain dashboard_signals.def"));
+        return false;
+    }
+    if (!setProjectDir(dir))
+        return false;
+    rememberedStore().setValue(ProjectDirKey, dir);
+    return true;
+}
+
+bool Project::chooseProject()
+{
+    const QString folder = m_prompts->existingDirectory(
+        m_dialogParent, tr("Select Project Folder (contains dashboard_signals.def)"), chooserStartFolder());
+    return !folder.isEmpty() && openPicked(folder);
+}
+
+bool Project::chooseNewProject()
+{
+    const QString folder = m_prompts->existingDirectory(
+        m_dialogParent, tr("Choose or Create a Folder for the New Project"), chooserStartFolder());
+    return !folder.isEmpty() && createProjectAt(folder);
+}
+
+bool Project::createProjectAt(const QString &dir)
+{
+    QString error;
+    if (!ProjectTemplates::writeStarter(dir, &error)) {
+        m_prompts->warning(m_dialogParent, tr("New Project"), tr("Could not create the project."), error);
+        return false;
+    }
+    return openPicked(dir);
+}
+
+bool Project::openDemoCopy()
+{
+    const QString copy = ProjectTemplates::demoCopyFolder();
+    if (!isValidProjectDir(copy)) {
+        const QString demo = ProjectTemplates::demoFolder();
+        QString error = tr("The demo project is not installed.");
+        if (demo.isEmpty() || !ProjectTemplates::copyFolder(demo, copy, &error)) {
+            m_prompts->warning(m_dialogParent, tr("Demo Project"), tr("Could not copy the demo project."), error);
+            return false;
+        }
+    }
+    if (!openPicked(copy))
+        return false;
+    const QDir layouts(QDir(copy).filePath(QStringLiteral("layouts")));
+    const QStringList names = layouts.entryList({QStringLiteral("*.json")}, QDir::Files, QDir::Name);
+    if (!names.isEmpty())
+        Q_EMIT layoutSuggested(layouts.filePath(names.first()));
+    return true;
+}
+
+QString Project::chooserStartFolder() const
+{
+    QString start = m_dir;
+    if (start.isEmpty()) {
+        // A fresh account may have no documents folder yet; it is where a first project belongs.
+        start = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+        QDir().mkpath(start);
+    }
+    // A folder that went away (a project on a removed drive): its nearest parent.
+    QString path = QDir(start).absolutePath();
+    while (!QFileInfo(path).isDir()) {
+        const QString up = QFileInfo(path).absolutePath();
+        if (up == path)
+            return QDir::homePath();
+        path = up;
+    }
+    return path;
 }

@@ -58,8 +58,28 @@ public:
     // Opens the folder remembered from an earlier prompt, else prompts.
     void restoreProjectOrPrompt();
     // Intro dialog then folder chooser, until a project or a cancel (which
-    // emits closeRequested()).
+    // emits closeRequested()). The intro may also lead to a new project or
+    // the demo; cancelling their folder chooser returns to the intro.
     void promptForProject();
+
+    // Opens a folder the user picked and remembers it for the next start;
+    // warns when it is not a project.
+    bool openPicked(const QString &dir);
+    // Asks for an existing project folder and opens it; a cancel changes nothing.
+    bool chooseProject();
+    // Asks for a folder and makes it a new project there.
+    bool chooseNewProject();
+    // Makes dir a project (the folder, a starter dashboard_signals.def unless
+    // it has one, the sub-folders) and opens it as picked.
+    bool createProjectAt(const QString &dir);
+    // Opens the user's copy of the demo project, copying the shipped demo
+    // first when there is no copy yet (so earlier changes to it are kept),
+    // and suggests its layout.
+    bool openDemoCopy();
+    // Where the folder choosers start: the project folder, else the
+    // documents folder (created when missing), else the nearest folder above
+    // them that exists.
+    QString chooserStartFolder() const;
 
 Q_SIGNALS:
     // A catalogue was loaded and made current; absolutePath is its file.
@@ -68,6 +88,8 @@ Q_SIGNALS:
     void opened(const QString &absoluteDir);
     // The user declined to choose a project: the application should end.
     void closeRequested();
+    // A project just opened comes with a layout worth showing (the demo's).
+    void layoutSuggested(const QString &path);
 
 private:
     QWidget *m_dialogParent = nullptr;

@@ -3,7 +3,9 @@
 #include <QDialogButtonBox>
 #include <QFontMetrics>
 #include <QGridLayout>
+#include <QHBoxLayout>
 #include <QLabel>
+#include <QPushButton>
 #include <QVBoxLayout>
 
 ProjectIntroDialog::ProjectIntroDialog(QWidget *parent)
@@ -36,6 +38,7 @@ ProjectIntroDialog::ProjectIntroDialog(QWidget *parent)
     layout->addWidget(intro, 0, Qt::AlignHCenter);
 
     layout->addWidget(buildGrid(), 0, Qt::AlignHCenter);
+    layout->addWidget(buildOtherWays(), 0, Qt::AlignHCenter);
 
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Open | QDialogButtonBox::Cancel, this);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
@@ -63,6 +66,28 @@ QWidget *ProjectIntroDialog::buildGrid()
     const int width = qMin(container->sizeHint().width(), container->maximumWidth());
     container->setMinimumHeight(grid->totalHeightForWidth(width));
     return container;
+}
+
+// No project yet: start a new one or look around the demo.
+QWidget *ProjectIntroDialog::buildOtherWays()
+{
+    auto *row = new QWidget(this);
+    auto *layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(new QLabel(tr("No project yet?"), row));
+    const auto addWay = [this, row, layout](const QString &text, const QString &name, Choice choice) {
+        auto *button = new QPushButton(text, row);
+        button->setObjectName(name);
+        button->setAutoDefault(false); // Return stays with Open
+        connect(button, &QPushButton::clicked, this, [this, choice] {
+            m_choice = choice;
+            accept();
+        });
+        layout->addWidget(button);
+    };
+    addWay(tr("New Project…"), QStringLiteral("newProjectButton"), Choice::NewProject);
+    addWay(tr("Open a Copy of the Demo"), QStringLiteral("demoProjectButton"), Choice::DemoProject);
+    return row;
 }
 
 void ProjectIntroDialog::addGridRow(QGridLayout *grid, int row, const QString &name,

@@ -15,11 +15,15 @@ const QString kLayout = QStringLiteral("layout");
 const QString kPort = QStringLiteral("port");
 const QString kBaud = QStringLiteral("baud");
 const QString kFps = QStringLiteral("fps");
+const QString kHelp = QStringLiteral("help");
+const QString kHelpAll = QStringLiteral("help-all");
+const QString kVersion = QStringLiteral("version");
 
 } // namespace
 
 void StartupOptions::addOptions(QCommandLineParser &parser)
 {
+    parser.setApplicationDescription(QStringLiteral("Dashboard for live serial telemetry."));
     parser.addHelpOption();
     parser.addOption({{QStringLiteral("p"), kProject}, QStringLiteral("Project directory."), QStringLiteral("dir")});
     parser.addOption({{QStringLiteral("d"), kDef}, QStringLiteral("Path to dashboard_signals.def."),
@@ -35,6 +39,20 @@ void StartupOptions::addOptions(QCommandLineParser &parser)
                           .arg(FrameClock::MaxFramesPerSecond)
                           .arg(FrameClock::DefaultFramesPerSecond),
                       QStringLiteral("n"), QString::number(FrameClock::DefaultFramesPerSecond)});
+    parser.addVersionOption();
+    parser.addPositionalArgument(QStringLiteral("file"),
+                                 QStringLiteral("A recording (.rec) to open for playback, or a layout (.json) to load."),
+                                 QStringLiteral("[file]"));
+}
+
+bool StartupOptions::asksForTextOnly(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    addOptions(parser);
+    // Unknown options may be the toolkit's own (-platform, -style), which
+    // only the application object knows: they are judged after it exists.
+    parser.parse(arguments);
+    return parser.isSet(kHelp) || parser.isSet(kHelpAll) || parser.isSet(kVersion);
 }
 
 bool StartupOptions::fromParser(const QCommandLineParser &parser, StartupOptions *options, QString *error)
@@ -44,6 +62,8 @@ bool StartupOptions::fromParser(const QCommandLineParser &parser, StartupOptions
     result.defPath = parser.value(kDef);
     result.layoutPath = parser.value(kLayout);
     result.portName = parser.value(kPort);
+    if (!result.takeFileArgument(parser.positionalArguments(), error))
+        return false;
 
     bool ok = false;
     const QString baud = parser.value(kBaud);
@@ -76,6 +96,33 @@ bool StartupOptions::fromArguments(const QStringList &arguments, StartupOptions 
     return fromParser(parser, options, error);
 }
 
+bool StartupOptions::takeFileArgument(const QStringList &files, QString *error)
+{
+    if (files.isEmpty())
+        return true;
+    QString message;
+    if (files.size() > 1)
+        message = QStringLiteral("One file at most, a recording or a layout: %1").arg(files.join(QLatin1Char(' ')));
+    else if (files.first().endsWith(QLatin1String(".rec"), Qt::CaseInsensitive))
+        recordingPath = files.first();
+    else if (!layoutPath.isEmpty())
+        message = QStringLiteral("Two layouts: --layout %1 and %2").arg(layoutPath, files.first());
+    else
+        layoutPath = files.first();
+    if (!message.isEmpty() && error)
+        *error = message;
+    return message.isEmpty();
+}
+
+QString StartupOptions::projectOfFileArgument() const
+{
+    const QString file = recordingPath.isEmpty() ? layoutPath : recordingPath;
+    if (file.isEmpty())
+        return QString();
+    const QString folder = QFileInfo(QFileInfo(file).absolutePath()).absolutePath();
+    return Project::isValidProjectDir(folder) ? folder : QString();
+}
+
 QStringList StartupOptions::problems() const
 {
     QStringList found;
@@ -97,6 +144,8 @@ QStringList StartupOptions::problems() const
     }
     if (!layoutPath.isEmpty() && !QFileInfo(layoutPath).isFile())
         found << QStringLiteral("--layout %1: no such file").arg(layoutPath);
+    if (!recordingPath.isEmpty() && !QFileInfo(recordingPath).isFile())
+        found << QStringLiteral("%1: no such recording").arg(recordingPath);
     return found;
 }
 
@@ -111,11 +160,17 @@ void StartupOptions::applyTo(Ombrix &window) const
         window.setProjectDir(QFileInfo(defPath).absolutePath());
         window.loadDefinitions(defPath);
         window.ensureProjectSubfolders();
+    } else if (const QString fileProject = projectOfFileArgument(); !fileProject.isEmpty()) {
+        // A recording or layout opened from a file manager brings its own
+        // project; like a folder on the command line, it is not remembered.
+        window.setProjectDir(fileProject);
     } else {
         window.restoreProjectOrPrompt();
     }
     if (!layoutPath.isEmpty())
         window.loadLayoutFrom(layoutPath);
+    if (!recordingPath.isEmpty())
+        window.setPlaybackFile(QFileInfo(recordingPath).absoluteFilePath());
     if (!portName.isEmpty())
         window.connectPort(portName, baudRate);
 }

@@ -4,8 +4,10 @@
 #include "SignalsCsvExporter.h"
 #include "SignalsExportDialog.h"
 
+#include <QDesktopServices>
 #include <QFileDialog>
 #include <QMessageBox>
+#include <QUrl>
 
 void UserPrompts::warning(QWidget *parent, const QString &title, const QString &text, const QString &details)
 {
@@ -21,6 +23,11 @@ void UserPrompts::warning(QWidget *parent, const QString &title, const QString &
 void UserPrompts::information(QWidget *parent, const QString &title, const QString &text)
 {
     QMessageBox::information(parent, title, text, QMessageBox::Ok);
+}
+
+void UserPrompts::about(QWidget *parent, const QString &title, const QString &text)
+{
+    QMessageBox::about(parent, title, text);
 }
 
 QString UserPrompts::openFileName(QWidget *parent, const QString &caption, const QString &dir,
@@ -43,7 +50,14 @@ QString UserPrompts::existingDirectory(QWidget *parent, const QString &caption, 
 bool UserPrompts::acceptProjectIntro(QWidget *parent)
 {
     ProjectIntroDialog dialog(parent);
-    return dialog.exec() == QDialog::Accepted;
+    const bool accepted = dialog.exec() == QDialog::Accepted;
+    m_introChoice = dialog.choice();
+    return accepted;
+}
+
+bool UserPrompts::showFolder(const QString &path)
+{
+    return QDesktopServices::openUrl(QUrl::fromLocalFile(path));
 }
 
 bool UserPrompts::chooseSignalsExport(QWidget *parent, const QStringList &signalNames,

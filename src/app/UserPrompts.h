@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ProjectIntroDialog.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -23,6 +25,7 @@ public:
     virtual void warning(QWidget *parent, const QString &title, const QString &text,
                          const QString &details = QString());
     virtual void information(QWidget *parent, const QString &title, const QString &text);
+    virtual void about(QWidget *parent, const QString &title, const QString &text);
     // Each returns an empty string when the user cancels.
     virtual QString openFileName(QWidget *parent, const QString &caption, const QString &dir,
                                  const QString &filter);
@@ -31,7 +34,15 @@ public:
     virtual QString existingDirectory(QWidget *parent, const QString &caption, const QString &dir);
     // The first-run explanation; false when the user cancels it.
     virtual bool acceptProjectIntro(QWidget *parent);
+    // How the last accepted intro goes on: open a folder (its Open button),
+    // create a new project, or open the demo.
+    virtual ProjectIntroDialog::Choice introChoice() const { return m_introChoice; }
+    // Shows a folder in the desktop's file manager; false when none could.
+    virtual bool showFolder(const QString &path);
     // Which signals, rate and units to export; false when cancelled.
     virtual bool chooseSignalsExport(QWidget *parent, const QStringList &signalNames,
                                      const SignalDefinitions *defs, SignalsExportOptions *options);
+
+private:
+    ProjectIntroDialog::Choice m_introChoice = ProjectIntroDialog::Choice::OpenProject;
 };

@@ -7,11 +7,39 @@
 
 #include <cstdio>
 
+namespace {
+
+QStringList argumentList(int argc, char *argv[])
+{
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    return arguments;
+}
+
+// Help and version are printed by Qt Core alone, so that they work where
+// there is no display (a terminal over ssh, a man page built on a server).
+void answerTextOnlyRequests(int argc, char *argv[])
+{
+    if (!StartupOptions::asksForTextOnly(argumentList(argc, argv)))
+        return;
+    QCoreApplication app(argc, argv);
+    QCommandLineParser parser;
+    StartupOptions::addOptions(parser);
+    parser.process(app); // prints and exits
+}
+
+} // namespace
+
 int main(int argc, char *argv[])
 {
     QCoreApplication::setOrganizationName(QStringLiteral("Tarnwell"));
     QCoreApplication::setOrganizationDomain(QStringLiteral("tarnwell.example"));
     QCoreApplication::setApplicationName(QStringLiteral("Ombrix"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(OMBRIX_VERSION));
+    // Wayland desktops find the window's name and icon through its desktop entry.
+    QGuiApplication::setDesktopFileName(QStringLiteral("example.tarnwell.Ombrix"));
+    answerTextOnlyRequests(argc, argv);
     QApplication app(argc, argv);
 
     QCommandLineParser parser;

@@ -1,7 +1,6 @@
 #include "WindowFixture.h"
 
 #include "AnalogGaugeWidget.h"
-#include "ClickableLabel.h"
 #include "DiskFull.h"
 #include "ErrorConsoleWidget.h"
 #include "EventsCsvExporter.h"

@@ -5,6 +5,7 @@
 #include "ScriptedPrompts.h"
 #include "SerialManager.h"
 #include "SignalDefinitions.h"
+#include "SignalPlaybackEngine.h"
 #include "StartupOptions.h"
 #include "TestFiles.h"
 
@@ -119,6 +120,82 @@ private Q_SLOTS:
         QDir(m_root->path()).mkpath(QStringLiteral("plain"));
         QDir::setCurrent(m_root->path());
         QCOMPARE(parse(arguments).problems(), problem.isEmpty() ? QStringList() : QStringList{problem});
+    }
+
+    void fileArgument_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("recording");
+        QTest::addColumn<QString>("layout");
+        QTest::addColumn<bool>("valid");
+        QTest::newRow("recording") << QStringList{"run.REC"} << "run.REC" << "" << true;
+        QTest::newRow("layout") << QStringList{"bench.json"} << "" << "bench.json" << true;
+        QTest::newRow("recording and layout option") << QStringList{"--layout", "a.json", "run.rec"} << "run.rec"
+                                                     << "a.json" << true;
+        QTest::newRow("layout twice") << QStringList{"--layout", "a.json", "b.json"} << "" << "" << false;
+        QTest::newRow("two files") << QStringList{"run.rec", "other.rec"} << "" << "" << false;
+    }
+
+    void fileArgument()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, recording);
+        QFETCH(QString, layout);
+        QFETCH(bool, valid);
+        StartupOptions options;
+        QString error;
+        QCOMPARE(StartupOptions::fromArguments(QStringList{QStringLiteral("ombrix")} + arguments, &options, &error), valid);
+        QCOMPARE(error.isEmpty(), valid);
+        QCOMPARE(options.recordingPath, recording);
+        QCOMPARE(options.layoutPath, layout);
+    }
+
+    // Double-clicking a recording in a file manager: its project opens
+    // (without being remembered) and the recording is ready to play.
+    void recordingArgumentOpensItsProject()
+    {
+        const QString project = makeProject(QStringLiteral("bench"));
+        const QString recording = project + QLatin1String("/recordings/run.rec");
+        QVERIFY(writeFile(recording, "0.000000 RPM=1\n1.000000 RPM=2\n"));
+        Prompted w;
+        parse({recording}).applyTo(w.window);
+
+        QCOMPARE(w.prompts->introShown, 0);
+        QCOMPARE(w.window.projectDir(), QDir(project).absolutePath());
+        QCOMPARE(w.window.playbackFile(), recording);
+        QCOMPARE(w.window.engine()->duration(), 1.0);
+        QCOMPARE(remembered(QStringLiteral("Tarnwell")), QString());
+    }
+
+    // Help and version must not need a display: with one that cannot be
+    // reached, creating the window's application object would abort.
+    void textOnlyRequestsNeedNoDisplay_data()
+    {
+        QTest::addColumn<QString>("argument");
+        QTest::addColumn<QByteArray>("expected");
+        QTest::newRow("help") << "--help" << QByteArray("--project <dir>");
+        QTest::newRow("version") << "--version" << QByteArray("Ombrix " OMBRIX_VERSION "\n");
+    }
+
+    void textOnlyRequestsNeedNoDisplay()
+    {
+        QFETCH(QString, argument);
+        QFETCH(QByteArray, expected);
+        const QString program = QStringLiteral(OMBRIX_BINARY_DIR "/ombrix");
+        if (!QFileInfo(program).isExecutable())
+            QSKIP("the ombrix program is not built");
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.remove(QStringLiteral("DISPLAY"));
+        environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
+        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+        QProcess ombrix;
+        ombrix.setProcessEnvironment(environment);
+        ombrix.start(program, {argument});
+        QVERIFY(ombrix.waitForFinished(10000));
+        const QByteArray out = ombrix.readAllStandardOutput();
+        QVERIFY2(ombrix.exitStatus() == QProcess::NormalExit && ombrix.exitCode() == 0,
+                 ombrix.readAllStandardError().constData());
+        QVERIFY2(out.contains(expected), out.constData());
     }
 
     void setProjectDirTakesProjectButRemembersInOtherStore()

@@ -88,6 +88,13 @@ private Q_SLOTS:
         QVERIFY(run.out.contains("--link PATH"));
     }
 
+    void versionGoesToStdout()
+    {
+        const CliRun run = CliRun::run({"--version"});
+        QCOMPARE(run.exitCode, 0);
+        QCOMPARE(run.out, QByteArray("ombrix-cli " OMBRIX_VERSION "\n"));
+    }
+
     void badArgumentsExitWithUsage_data();
     void badArgumentsExitWithUsage()
     {

@@ -35,7 +35,10 @@ public:
     QStringList captions;      // every file or folder dialog, in order
     QStringList fileAnswers;   // answers to file and folder dialogs; empty = cancel
     QList<bool> introAnswers;  // answers to the intro dialog; none left = cancel
+    // How each accepted intro goes on; none left = its Open button.
+    QList<ProjectIntroDialog::Choice> introChoices;
     int introShown = 0;
+    QStringList shownFolders;  // folders shown in the file manager
 
     void warning(QWidget *, const QString &title, const QString &text, const QString &details) override
     {
@@ -45,13 +48,21 @@ public:
     {
         informations.append({title, text, QString()});
     }
+    void about(QWidget *parent, const QString &title, const QString &text) override { information(parent, title, text); }
     QString openFileName(QWidget *, const QString &caption, const QString &, const QString &) override { return answer(caption); }
     QString saveFileName(QWidget *, const QString &caption, const QString &, const QString &) override { return answer(caption); }
     QString existingDirectory(QWidget *, const QString &caption, const QString &) override { return answer(caption); }
     bool acceptProjectIntro(QWidget *) override
     {
         ++introShown;
+        m_choice = introChoices.isEmpty() ? ProjectIntroDialog::Choice::OpenProject : introChoices.takeFirst();
         return introAnswers.isEmpty() ? false : introAnswers.takeFirst();
+    }
+    ProjectIntroDialog::Choice introChoice() const override { return m_choice; }
+    bool showFolder(const QString &path) override
+    {
+        shownFolders.append(path);
+        return true;
     }
 
     // "title: text" of every warning, in order.
@@ -64,6 +75,8 @@ public:
     }
 
 private:
+    ProjectIntroDialog::Choice m_choice = ProjectIntroDialog::Choice::OpenProject;
+
     QString answer(const QString &caption)
     {
         captions.append(caption);

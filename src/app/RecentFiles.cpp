@@ -1,0 +1,59 @@
+#include "RecentFiles.h"
+
+#include <QFileInfo>
+#include <QSettings>
+
+namespace {
+
+// The store the window reads at start-up; the recent lists live beside "projectDir".
+QSettings settings()
+{
+    return QSettings(QStringLiteral("Tarnwell"), QStringLiteral("Ombrix"));
+}
+
+} // namespace
+
+RecentFiles::RecentFiles(const QString &key)
+    : m_key(key)
+{
+}
+
+QStringList RecentFiles::paths() const
+{
+    return settings().value(m_key).toStringList();
+}
+
+QStringList RecentFiles::existingPaths() const
+{
+    QStringList existing;
+    for (const QString &path : paths()) {
+        if (QFileInfo::exists(path))
+            existing.append(path);
+    }
+    return existing;
+}
+
+void RecentFiles::add(const QString &path)
+{
+    if (path.isEmpty())
+        return;
+    const QString absolute = QFileInfo(path).absoluteFilePath();
+    QStringList list = paths();
+    list.removeAll(absolute);
+    list.prepend(absolute);
+    store(list.mid(0, MaxEntries));
+}
+
+void RecentFiles::clear()
+{
+    store(QStringList());
+}
+
+void RecentFiles::store(const QStringList &paths)
+{
+    QSettings store = settings();
+    if (paths.isEmpty())
+        store.remove(m_key);
+    else
+        store.setValue(m_key, paths);
+}
