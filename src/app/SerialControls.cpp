@@ -14,6 +14,7 @@ SerialControls::SerialControls(SerialManager *serial, MainToolBars *toolBars, QS
     , m_serial(serial)
     , m_toolBars(toolBars)
     , m_statusBar(statusBar)
+    , m_portBox(toolBars->portBox)
 {
     connect(m_toolBars->connectButton, &QToolButton::clicked, this, &SerialControls::onConnectClicked);
     connect(m_serial, &SerialManager::portsChanged, m_toolBars, &MainToolBars::setPorts);
@@ -26,7 +27,9 @@ SerialControls::SerialControls(SerialManager *serial, MainToolBars *toolBars, QS
 
 bool SerialControls::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == m_toolBars->portBox) {
+    // While the window is destroyed, the box still sends events after the
+    // MainToolBars that held it is gone, so m_toolBars is not used here.
+    if (watched == m_portBox) {
         bool opening = event->type() == QEvent::MouseButtonPress;
         if (event->type() == QEvent::KeyPress) {
             const auto *key = static_cast<QKeyEvent *>(event);

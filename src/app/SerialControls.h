@@ -5,6 +5,7 @@
 #include <QStringList>
 
 QT_BEGIN_NAMESPACE
+class QComboBox;
 class QStatusBar;
 QT_END_NAMESPACE
 
@@ -43,4 +44,6 @@ private:
     SerialManager *m_serial = nullptr;
     MainToolBars *m_toolBars = nullptr;
     QStatusBar *m_statusBar = nullptr;
+    // Only compared with, never dereferenced: see eventFilter().
+    const QComboBox *m_portBox = nullptr;
 };
