@@ -79,7 +79,13 @@ LayoutFile::Result LayoutFile::load(const QString &path, QGraphicsScene *scene, 
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return Result::OpenFailed;
-    const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
+    return loadFromBytes(file.readAll(), scene, window, designMode, removedItems);
+}
+
+LayoutFile::Result LayoutFile::loadFromBytes(const QByteArray &json, QGraphicsScene *scene, QMainWindow *window,
+                                             bool designMode, ItemList &removedItems)
+{
+    const QJsonDocument document = QJsonDocument::fromJson(json);
     if (!document.isObject())
         return Result::InvalidFormat;
     const QJsonObject root = document.object();

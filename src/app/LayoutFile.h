@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 #include <memory>
@@ -41,4 +42,7 @@ public:
     // then full screen or maximised; repaint the scene.
     static Result load(const QString &path, QGraphicsScene *scene, QMainWindow *window,
                        bool designMode, ItemList &removedItems);
+    // The same restoring of a layout held in memory (never OpenFailed).
+    static Result loadFromBytes(const QByteArray &json, QGraphicsScene *scene, QMainWindow *window,
+                                bool designMode, ItemList &removedItems);
 };
