@@ -3,7 +3,7 @@
 # Sourced by run.sh, test.sh and bench.sh.
 set -euo pipefail
 
-OMBRIX_PACKAGES=(cmake g++ make qt6-base-dev qt6-base-dev-tools libqt6serialport6-dev qt6-svg-dev libgl-dev fonts-dejavu-core)
+OMBRIX_PACKAGES=(cmake g++ make qt6-base-dev qt6-base-dev-tools qt6-serialport-dev qt6-svg-dev libgl-dev fonts-dejavu-core)
 # The sanitizer and fuzzing build (test.sh, fuzz.sh): clang and its runtimes
 # (AddressSanitizer, UndefinedBehaviorSanitizer, libFuzzer).
 OMBRIX_SANITIZER_PACKAGES=(clang-14 libclang-rt-14-dev)
@@ -17,8 +17,15 @@ ombrix_install_deps() {
   echo "Installing: ${missing[*]}"
   local sudo=""
   [ "$(id -u)" -ne 0 ] && sudo="sudo"
+  # A machine whose image was made while dpkg was busy refuses every install
+  # until the half-done packages are configured; finish them first.
+  if [ -n "$(dpkg --audit 2>/dev/null)" ] || [ -n "$(ls -A /var/lib/dpkg/updates 2>/dev/null)" ]; then
+    echo "Finishing interrupted package configuration (dpkg --configure -a)"
+    DEBIAN_FRONTEND=noninteractive $sudo dpkg --configure -a
+  fi
   $sudo apt-get update -qq
-  DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"
+  DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends \
+    -o DPkg::Lock::Timeout=300 "${missing[@]}"
 }
 
 ombrix_build() {

@@ -13,11 +13,37 @@
 #include <QtMath>
 
 #include <algorithm>
+#include <cmath>
+#include <optional>
 
 namespace {
 
 constexpr qreal kGrid = 10.0;
 constexpr qreal kGap = 20.0;
+// Below this a new item is no longer searched a place for.
+constexpr qreal kSearchDepth = 100000.0;
+
+// The first multiple of kGap at or after `value`.
+qreal stepUp(qreal value)
+{
+    return std::ceil(value / kGap) * kGap;
+}
+
+// The first multiple of kGap from kGap on where `itemWidth` fits within
+// `width` without overlapping any of `across`, or none. Each obstacle met
+// is jumped at once instead of step by step.
+std::optional<qreal> freeX(const QList<QRectF> &across, qreal itemWidth, qreal width)
+{
+    for (qreal x = kGap; x + itemWidth <= width;) {
+        const auto blocking = std::find_if(across.cbegin(), across.cend(), [&](const QRectF &rect) {
+            return rect.left() < x + itemWidth && x < rect.right();
+        });
+        if (blocking == across.cend())
+            return x;
+        x = qMax(x + kGap, stepUp(blocking->right()));
+    }
+    return std::nullopt;
+}
 
 } // namespace
 
@@ -82,9 +108,7 @@ DashboardItem *Dashboard::addWidget(const QString &typeName)
     if (!widget)
         return nullptr;
     auto *item = new DashboardItem(widget);
-    qreal topZ = 0.0;
-    for (DashboardItem *other : items())
-        topZ = qMax(topZ, other->zValue());
+    const qreal topZ = qMax(0.0, m_scene->largestItemZ().value_or(0.0));
     item->setPos(freePosition(item->size()));
     m_scene->addItem(item);
     item->setZValue(topZ + 1.0);
@@ -98,18 +122,24 @@ QPointF Dashboard::freePosition(const QSizeF &size) const
     for (DashboardItem *item : items())
         taken.append(item->sceneBoundingRect().adjusted(-kGrid, -kGrid, kGrid, kGrid));
     const qreal width = qMax(m_scene->sceneRect().width(), size.width() + 2 * kGap);
-    // Row by row over the visible width, then further down without limit.
-    for (qreal y = kGap;; y += kGap) {
-        for (qreal x = kGap; x + size.width() <= width; x += kGap) {
-            const QRectF candidate(QPointF(x, y), size);
-            const bool free = std::none_of(taken.cbegin(), taken.cend(),
-                                           [&](const QRectF &rect) { return rect.intersects(candidate); });
-            if (free)
-                return candidate.topLeft();
+    // Row by row over the visible width, then further down.
+    for (qreal y = kGap; y <= kSearchDepth;) {
+        const QRectF row(QPointF(0, y), QSizeF(width, size.height()));
+        QList<QRectF> across;
+        for (const QRectF &rect : std::as_const(taken)) {
+            if (rect.top() < row.bottom() && row.top() < rect.bottom())
+                across.append(rect);
         }
-        if (y > 100000.0)
-            return QPointF(kGap, kGap);
+        const std::optional<qreal> x = freeX(across, size.width(), width);
+        if (x)
+            return QPointF(*x, y);
+        // Until the first of them ends, the row stays as full as it is.
+        qreal firstEnd = across.first().bottom();
+        for (const QRectF &rect : std::as_const(across))
+            firstEnd = qMin(firstEnd, rect.bottom());
+        y = qMax(y + kGap, stepUp(firstEnd));
     }
+    return QPointF(kGap, kGap);
 }
 
 QList<IPlaybackPlot *> Dashboard::plots() const

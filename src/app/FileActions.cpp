@@ -49,6 +49,7 @@ FileActions::FileActions(Project *project, Dashboard *dashboard, PlaybackSession
     , m_dashboard(dashboard)
     , m_playback(playback)
     , m_window(window)
+    , m_layout(dashboard->scene(), window)
 {
 }
 
@@ -88,9 +89,9 @@ void FileActions::saveLayout()
 
 bool FileActions::saveLayoutTo(const QString &path)
 {
-    if (LayoutFile::save(path, m_dashboard->scene(), m_window) == LayoutFile::Result::Ok)
+    if (m_layout.save(path) == LayoutFile::Result::Ok)
         return true;
-    m_project->prompts().warning(m_window, tr("Error"), tr("Could not save layout."));
+    m_project->prompts().warning(m_window, tr("Error"), tr("Could not save layout."), m_layout.errorString());
     return false;
 }
 
@@ -104,16 +105,19 @@ void FileActions::loadLayout()
 
 bool FileActions::loadLayoutFrom(const QString &path)
 {
-    const LayoutFile::Result result =
-        LayoutFile::load(path, m_dashboard->scene(), m_window, m_dashboard->designMode(), m_detachedItems);
-    switch (result) {
+    // A layout of thousands of widgets takes a while: after a moment the user
+    // sees how far it got and may cancel, which keeps the dashboard as it was.
+    ProgressRunner progress(tr("Loading layout…"), m_window);
+    switch (m_layout.load(path, m_dashboard->designMode(), progress.callback())) {
     case LayoutFile::Result::Ok:
         return true;
+    case LayoutFile::Result::Cancelled:
+        return false;
     case LayoutFile::Result::OpenFailed:
-        m_project->prompts().warning(m_window, tr("Error"), tr("Could not load layout."));
+        m_project->prompts().warning(m_window, tr("Error"), tr("Could not load layout."), m_layout.errorString());
         return false;
     case LayoutFile::Result::InvalidFormat:
-        m_project->prompts().warning(m_window, tr("Error"), tr("Invalid layout format."));
+        m_project->prompts().warning(m_window, tr("Error"), tr("Invalid layout format."), m_layout.errorString());
         return false;
     }
     return false;

@@ -51,8 +51,7 @@ private:
     Dashboard *m_dashboard = nullptr;
     PlaybackSession *m_playback = nullptr;
     QMainWindow *m_window = nullptr;
-    // Items a layout load took off the scene. A load only detaches them, so
-    // that callers holding a widget of the old dashboard keep a live object;
-    // they go with the window.
-    LayoutFile::ItemList m_detachedItems;
+    // The dashboard's layout file: what a load took off the scene and the
+    // records it could not show stay here until the next load.
+    LayoutFile m_layout;
 };

@@ -107,6 +107,13 @@ void MainToolBars::buildSerialControls(QToolBar *bar)
     connectButton->setFocusPolicy(Qt::NoFocus);
     connectButton->setIconSize(bar->iconSize());
     bar->addWidget(connectButton);
+
+    reconnectBox = new QCheckBox(tr("Reconnect"), bar);
+    reconnectBox->setObjectName(QStringLiteral("reconnectBox"));
+    reconnectBox->setToolTip(tr("If checked, a lost port is opened again at the same baud rate as soon as its device "
+                                "is back (looked for every half second). A recording that the loss ended is not "
+                                "restarted."));
+    bar->addWidget(reconnectBox);
     addSpacer(bar);
 }
 

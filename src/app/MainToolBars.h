@@ -48,6 +48,7 @@ public:
     QComboBox *portBox = nullptr;
     QComboBox *baudBox = nullptr;
     QToolButton *connectButton = nullptr;
+    QCheckBox *reconnectBox = nullptr; // off: a lost port stays closed
     QAction *recordAction = nullptr;
     QAction *stopAction = nullptr;
     QAction *playAction = nullptr;

@@ -72,6 +72,9 @@ void RecordCommand::connectSerial()
     connect(m_serial, &SerialManager::errorParsed, m_writer, &RecordingWriter::appendError);
     connect(m_serial, &SerialManager::unrecognizedParsed, m_writer, &RecordingWriter::appendMessage);
     connect(m_serial, &SerialManager::portLost, this, &RecordCommand::onPortLost);
+    connect(m_serial, &SerialManager::overlongLineDropped, this, [this](double, qint64 maxBytes) {
+        Q_EMIT notice(QStringLiteral("line longer than %1 bytes dropped").arg(maxBytes));
+    });
 }
 
 // Comes first of a line's signals: past the limit the writer is cut off
@@ -241,6 +244,7 @@ int RecordCommand::run(const QStringList &args)
                  .arg(arguments.settings.portName)
                  .arg(arguments.settings.baudRate));
 
+    connect(&recorder, &RecordCommand::notice, &recorder, [&cli](const QString &message) { cli.note(message); });
     QEventLoop loop;
     QString reason;
     connect(&recorder, &RecordCommand::finished, &loop, [&loop, &reason](int code, const QString &why) {

@@ -51,6 +51,8 @@ public:
 Q_SIGNALS:
     // The recording has been closed; reason says why, for the user.
     void finished(int exitCode, const QString &reason);
+    // Something the user should know that does not end the recording.
+    void notice(const QString &message);
 
 private:
     void connectSerial();

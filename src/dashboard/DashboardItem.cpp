@@ -91,6 +91,8 @@ DashboardItem::DashboardItem(QWidget *widget, QGraphicsItem *parent)
 DashboardItem::~DashboardItem()
 {
     restoreOverrideCursor();
+    if (m_zScene)
+        m_zScene->removeItemZ(m_trackedZ);
 }
 
 DashboardItem *DashboardItem::fromJson(const QJsonObject &record)
@@ -192,15 +194,15 @@ QSize DashboardItem::minimumSizeFor(const QWidget *widget)
         else
             minimum = widget->sizeHint().expandedTo(DefaultMinimum);
     }
-    const int most = int(MaxExtent);
+    const int most = int(MaxSize);
     return minimum.expandedTo(SmallestMinimum).boundedTo(QSize(most, most));
 }
 
 void DashboardItem::setSize(const QSizeF &size)
 {
     const QSize minimum = minimumSize();
-    const qreal width = std::max(sanitized(size.width()), qreal(minimum.width()));
-    const qreal height = std::max(sanitized(size.height()), qreal(minimum.height()));
+    const qreal width = std::clamp(sanitized(size.width()), qreal(minimum.width()), MaxSize);
+    const qreal height = std::clamp(sanitized(size.height()), qreal(minimum.height()), MaxSize);
 
     prepareGeometryChange();
     m_size = QSizeF(roundUpToGrid(width), roundUpToGrid(height));
@@ -340,6 +342,19 @@ void DashboardItem::restackOverlay()
     if (!m_overlay)
         return;
     // Above every other top-level item: (largest other z) - (own z) + 1.
+    // That formula alone can go to zero or below when this item is the topmost
+    // one, which would put the overlay under its sibling proxy and hand the mouse
+    // to the embedded widget; a child's z only orders it among its siblings, so
+    // the overlay is also kept above the proxy.
+    const qreal z = std::max(largestOtherZ() - zValue() + 1.0, m_proxy->zValue() + 1.0);
+    m_overlay->setZValue(z);
+}
+
+qreal DashboardItem::largestOtherZ() const
+{
+    if (m_zScene)
+        return m_zScene->largestItemZBesides(zValue()).value_or(zValue());
+    // Any other scene is asked item by item.
     qreal largest = zValue();
     bool found = false;
     if (scene()) {
@@ -351,12 +366,17 @@ void DashboardItem::restackOverlay()
             found = true;
         }
     }
-    // That formula alone can go to zero or below when this item is the topmost
-    // one, which would put the overlay under its sibling proxy and hand the mouse
-    // to the embedded widget; a child's z only orders it among its siblings, so
-    // the overlay is also kept above the proxy.
-    const qreal z = std::max(largest - zValue() + 1.0, m_proxy->zValue() + 1.0);
-    m_overlay->setZValue(z);
+    return largest;
+}
+
+void DashboardItem::trackZ()
+{
+    if (m_zScene)
+        m_zScene->removeItemZ(m_trackedZ);
+    m_zScene = parentItem() ? nullptr : qobject_cast<DesignScene *>(scene());
+    m_trackedZ = zValue();
+    if (m_zScene)
+        m_zScene->addItemZ(m_trackedZ);
 }
 
 bool DashboardItem::sceneEventFilter(QGraphicsItem *watched, QEvent *event)
@@ -384,6 +404,8 @@ bool DashboardItem::sceneEventFilter(QGraphicsItem *watched, QEvent *event)
 
 QVariant DashboardItem::itemChange(GraphicsItemChange change, const QVariant &value)
 {
+    if (change == ItemZValueHasChanged || change == ItemSceneHasChanged || change == ItemParentHasChanged)
+        trackZ();
     if (change == ItemZValueHasChanged || change == ItemSceneHasChanged)
         restackOverlay();
     // Before leaving a scene and after joining one, the scene tells its listeners.

@@ -2,6 +2,7 @@
 
 #include <QGraphicsItem>
 #include <QJsonObject>
+#include <QPointer>
 #include <QSizeF>
 
 QT_BEGIN_NAMESPACE
@@ -10,6 +11,7 @@ class QGraphicsRectItem;
 QT_END_NAMESPACE
 
 class DashboardWidget;
+class DesignScene;
 
 // Places one widget on the design scene. The widget is embedded through a
 // QGraphicsProxyWidget child and owned by it; the item's size stays on a
@@ -21,8 +23,12 @@ class DashboardItem : public QGraphicsItem
 public:
     enum { Type = UserType + 1 };
 
-    // Sizes and positions read from a record are clamped to this magnitude.
+    // Positions and z values read from a record are clamped to this magnitude.
     static constexpr qreal MaxExtent = 20000.0;
+    // Neither side of an item exceeds this, however it is sized: a layout
+    // asking for 1e9 (a typo, a damaged file) would otherwise make widgets,
+    // and the drawings they keep, of gigabytes. Screens are smaller.
+    static constexpr qreal MaxSize = 10000.0;
 
     // Takes ownership of `widget` (which may be any QWidget, or null).
     explicit DashboardItem(QWidget *widget, QGraphicsItem *parent = nullptr);
@@ -41,7 +47,8 @@ public:
     void setDesignMode(bool on);
     bool designMode() const { return m_designMode; }
 
-    // Raised to minimumSize(), then each dimension rounded up to a multiple of 10.
+    // Raised to minimumSize() and held to MaxSize, then each dimension
+    // rounded up to a multiple of 10.
     void setSize(const QSizeF &size);
     QSizeF size() const { return m_size; }
     // The widget's minimum design size (80x60 at least for other widgets),
@@ -83,6 +90,8 @@ private:
     QList<qreal> distinctDashboardZValues() const;
     void setZAndRestack(qreal z);
     void restackOverlay();
+    qreal largestOtherZ() const;
+    void trackZ();
     void updateCursor(const QPointF &pos);
     void setOverrideCursor(Qt::CursorShape shape);
     void restoreOverrideCursor();
@@ -96,4 +105,7 @@ private:
     bool m_removed = false;
     QPointF m_pressPos;
     QSizeF m_size;
+    // Where this item's z is counted (a DesignScene's top level) and as what.
+    QPointer<DesignScene> m_zScene;
+    qreal m_trackedZ = 0.0;
 };

@@ -3,6 +3,7 @@
 #include "FrameClock.h"
 
 #include <QJsonArray>
+#include <QScreen>
 
 DashboardWidget::DashboardWidget(QWidget *parent)
     : QWidget(parent)
@@ -27,6 +28,21 @@ QString DashboardWidget::projectFolder()
 void DashboardWidget::setProjectFolder(const QString &folder)
 {
     s_projectFolder = folder;
+}
+
+QSize DashboardWidget::cacheLimit() const
+{
+    // Without a screen (none attached yet), that of a large monitor.
+    const QScreen *shown = screen();
+    if (!shown)
+        return QSize(3840, 2160);
+    return (QSizeF(shown->virtualSize()) * shown->devicePixelRatio()).toSize();
+}
+
+bool DashboardWidget::fitsCacheLimit(const QSize &pixels) const
+{
+    const QSize limit = cacheLimit();
+    return pixels.width() <= limit.width() && pixels.height() <= limit.height();
 }
 
 QSize DashboardWidget::minimumDesignSize() const

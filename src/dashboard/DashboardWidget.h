@@ -51,6 +51,13 @@ public:
     static QString projectFolder();
     static void setProjectFolder(const QString &folder);
 
+    // The most device pixels a drawing the widget keeps (a dial, a plot's
+    // backdrop, a scaled picture) may hold: the screen's. More is never seen
+    // at once, so a widget larger than the screen draws those parts as they
+    // are exposed instead of keeping them at its full size.
+    QSize cacheLimit() const;
+    bool fitsCacheLimit(const QSize &pixels) const;
+
 Q_SIGNALS:
     // signalNames() may have changed: a new binding, or a configuration the
     // names are derived from. Routing re-reads the bindings on it; widgets

@@ -11,7 +11,43 @@ DesignScene::DesignScene(QObject *parent)
 {
 }
 
-DesignScene::~DesignScene() = default;
+DesignScene::~DesignScene()
+{
+    // The items tell this scene when they go: delete them while it is whole.
+    clear();
+}
+
+void DesignScene::addItemZ(qreal z)
+{
+    if (!std::isnan(z))
+        ++m_itemZCounts[z];
+}
+
+void DesignScene::removeItemZ(qreal z)
+{
+    const auto it = m_itemZCounts.find(z);
+    if (it != m_itemZCounts.end() && --it->second == 0)
+        m_itemZCounts.erase(it);
+}
+
+std::optional<qreal> DesignScene::largestItemZ() const
+{
+    if (m_itemZCounts.empty())
+        return std::nullopt;
+    return m_itemZCounts.rbegin()->first;
+}
+
+std::optional<qreal> DesignScene::largestItemZBesides(qreal ownZ) const
+{
+    auto top = m_itemZCounts.rbegin();
+    if (top == m_itemZCounts.rend())
+        return std::nullopt;
+    if (top->first != ownZ || top->second > 1)
+        return top->first;
+    if (++top == m_itemZCounts.rend())
+        return std::nullopt;
+    return top->first;
+}
 
 void DesignScene::setDesignMode(bool on)
 {

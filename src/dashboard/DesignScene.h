@@ -2,6 +2,9 @@
 
 #include <QGraphicsScene>
 
+#include <map>
+#include <optional>
+
 // The scene that holds the dashboard's items. While the dashboard is being
 // designed its background is white with a light grey grid on multiples of
 // the grid size (the items' snapping step); otherwise it is window-coloured.
@@ -20,6 +23,17 @@ public:
     bool designMode() const { return m_designMode; }
     int gridSize() const { return m_gridSize; }
 
+    // The z values of the DashboardItems on the top level, which the items
+    // keep up to date themselves: restacking an overlay, or putting a new
+    // item on top, then costs no sort of every item of a large dashboard.
+    // Other items on the scene do not count.
+    void addItemZ(qreal z);
+    void removeItemZ(qreal z);
+    // The largest z, or none on an empty dashboard.
+    std::optional<qreal> largestItemZ() const;
+    // The largest z of the items other than one whose z is `ownZ`.
+    std::optional<qreal> largestItemZBesides(qreal ownZ) const;
+
 Q_SIGNALS:
     // A DashboardItem was added to the scene or is about to leave it.
     void dashboardItemsChanged();
@@ -32,4 +46,5 @@ private:
 
     bool m_designMode = false;
     int m_gridSize = 10;
+    std::map<qreal, int> m_itemZCounts; // z -> number of items at it
 };

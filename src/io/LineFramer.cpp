@@ -4,6 +4,13 @@
 
 void LineFramer::append(QByteArrayView bytes)
 {
+    if (m_skipping) {
+        const void *hit = std::memchr(bytes.data(), '\n', size_t(bytes.size()));
+        if (!hit)
+            return;
+        m_skipping = false;
+        bytes = bytes.sliced(static_cast<const char *>(hit) - bytes.data() + 1);
+    }
     if (bytes.isEmpty())
         return;
     compact();
@@ -12,24 +19,43 @@ void LineFramer::append(QByteArrayView bytes)
 
 bool LineFramer::takeLine(QByteArrayView &line)
 {
-    const qsizetype size = m_buffer.size();
-    const qsizetype from = qMax(m_start, m_scanned);
-    if (from >= size)
-        return false;
-    const char *data = m_buffer.constData();
-    const void *hit = std::memchr(data + from, '\n', size_t(size - from));
-    if (!hit) {
-        m_scanned = size;
-        return false;
+    for (;;) {
+        const qsizetype size = m_buffer.size();
+        const qsizetype from = qMax(m_start, m_scanned);
+        if (from >= size)
+            return false;
+        const char *data = m_buffer.constData();
+        const void *hit = std::memchr(data + from, '\n', size_t(size - from));
+        if (!hit) {
+            m_scanned = size;
+            if (size - m_start > MaxLineBytes)
+                dropPartialLine();
+            return false;
+        }
+        const qsizetype begin = m_start;
+        const qsizetype lineFeed = static_cast<const char *>(hit) - data;
+        m_start = lineFeed + 1;
+        m_scanned = m_start;
+        if (lineFeed - begin > MaxLineBytes) {
+            ++m_overlongLines;
+            continue;
+        }
+        qsizetype end = lineFeed;
+        while (end > begin && data[end - 1] == '\r')
+            --end;
+        line = QByteArrayView(data + begin, end - begin);
+        return true;
     }
-    const qsizetype lineFeed = static_cast<const char *>(hit) - data;
-    qsizetype end = lineFeed;
-    while (end > m_start && data[end - 1] == '\r')
-        --end;
-    line = QByteArrayView(data + m_start, end - m_start);
-    m_start = lineFeed + 1;
+}
+
+// The unfinished line is already too long: it goes now, and its bytes still
+// to come are skipped as they arrive.
+void LineFramer::dropPartialLine()
+{
+    m_buffer.truncate(m_start);
     m_scanned = m_start;
-    return true;
+    m_skipping = true;
+    ++m_overlongLines;
 }
 
 void LineFramer::clear()
@@ -37,6 +63,7 @@ void LineFramer::clear()
     m_buffer.clear();
     m_start = 0;
     m_scanned = 0;
+    m_skipping = false;
 }
 
 // Drops the bytes already taken, without moving data on every call: only once

@@ -24,6 +24,8 @@ RecordingWriter::RecordingWriter(QObject *parent)
     , m_flushTimer(new QTimer(this))
 {
     m_flushTimer->setInterval(FlushIntervalMs);
+    // A coarse timer may fire 5% late; a crash is to lose at most a second.
+    m_flushTimer->setTimerType(Qt::PreciseTimer);
     connect(m_flushTimer, &QTimer::timeout, this, &RecordingWriter::flushToDisk);
 }
 

@@ -16,6 +16,7 @@ bool SerialManager::open(const SerialSettings &settings)
 {
     if (m_port->isOpen())
         close();
+    m_settings = settings;
     m_port->setPortName(settings.portName);
     m_port->setBaudRate(settings.baudRate, QSerialPort::AllDirections);
     m_port->setDataBits(QSerialPort::DataBits(settings.dataBits));
@@ -114,8 +115,22 @@ void SerialManager::frameBytes(QByteArrayView bytes)
     const double defaultTime = defaultTimestamp();
     const quint64 generation = m_generation;
     QByteArrayView line;
-    while (generation == m_generation && m_buffer.takeLine(line))
+    while (generation == m_generation) {
+        const bool taken = m_buffer.takeLine(line);
+        reportOverlongLines(defaultTime);
+        // A receiver of the report may have closed or reopened the port.
+        if (!taken || generation != m_generation)
+            return;
         processLine(line, defaultTime);
+    }
+}
+
+void SerialManager::reportOverlongLines(double timestamp)
+{
+    while (m_overlongReported < m_buffer.overlongLines()) {
+        ++m_overlongReported;
+        Q_EMIT overlongLineDropped(timestamp, LineFramer::MaxLineBytes);
+    }
 }
 
 double SerialManager::defaultTimestamp() const

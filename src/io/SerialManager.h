@@ -29,6 +29,8 @@ public:
     void close();
     bool isOpen() const;
     QString portName() const;
+    // The settings of the last open(), successful or not.
+    SerialSettings settings() const { return m_settings; }
     // The names of the serial ports present now, in the system's order.
     QStringList availablePorts() const;
 
@@ -55,6 +57,9 @@ Q_SIGNALS:
     // treat them as one burst (show only the last value of each signal).
     void burstStarted();
     void burstFinished();
+    // A line longer than LineFramer::MaxLineBytes (maxBytes) was dropped
+    // instead of kept; emitted once per such line, as soon as it is known.
+    void overlongLineDropped(double timestamp, qint64 maxBytes);
 
 public Q_SLOTS:
     void refreshPorts();
@@ -66,12 +71,15 @@ private:
     static constexpr int MaxDrainChunks = 16;
 
     void frameBytes(QByteArrayView bytes);
+    void reportOverlongLines(double timestamp);
     double defaultTimestamp() const;
     void processLine(QByteArrayView bytes, double defaultTime);
     void emitLine(const ParsedLine &parsed);
 
     QSerialPort *m_port = nullptr;
+    SerialSettings m_settings;
     LineFramer m_buffer;
+    qint64 m_overlongReported = 0;
     QElapsedTimer m_elapsed;
     bool m_elapsedRunning = false;
     bool m_opening = false;

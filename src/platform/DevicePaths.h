@@ -10,5 +10,7 @@ namespace DevicePaths {
 QString systemLocation(const QString &portName);
 // The platform's own prefix for a port that is not present right now.
 QString platformLocation(const QString &portName);
+// Whether the port's device is there to be opened (plugged in, created).
+bool isPresent(const QString &portName);
 
 } // namespace DevicePaths

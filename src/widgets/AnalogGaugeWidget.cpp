@@ -183,6 +183,12 @@ void AnalogGaugeWidget::rebuildDial(int side)
     m_backgroundSize = QSize(side, side);
 
     QPainter painter(&m_background);
+    drawDial(painter, side);
+}
+
+// Face and ticks of a dial `side` across, from the painter's origin.
+void AnalogGaugeWidget::drawDial(QPainter &painter, int side) const
+{
     painter.setRenderHint(QPainter::Antialiasing);
     painter.translate(side / 2, side / 2);
     painter.scale(side / 200.0, side / 200.0);
@@ -221,12 +227,23 @@ void AnalogGaugeWidget::paintEvent(QPaintEvent *event)
     const int side = std::min(width(), height());
     if (side <= 0)
         return;
-    if (m_backgroundSize != QSize(side, side))
+    // A dial larger than the screen is drawn where it is exposed, not kept.
+    const bool kept = fitsCacheLimit(QSize(side, side));
+    if (!kept)
+        dropDialCache();
+    else if (m_backgroundSize != QSize(side, side))
         rebuildDial(side);
 
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.drawPixmap((width() - side) / 2, (height() - side) / 2, m_background);
+    if (kept) {
+        painter.drawPixmap((width() - side) / 2, (height() - side) / 2, m_background);
+    } else {
+        painter.save();
+        painter.translate((width() - side) / 2, (height() - side) / 2);
+        drawDial(painter, side);
+        painter.restore();
+    }
 
     painter.translate(width() / 2.0, height() / 2.0);
     painter.scale(side / 200.0, side / 200.0);

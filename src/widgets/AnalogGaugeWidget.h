@@ -17,7 +17,7 @@ QT_END_NAMESPACE
  *
  * The dial (face, ticks, tick labels) is cached in a pixmap and redrawn only
  * when the widget's size changes or the range is set; value changes only
- * redraw the needle.
+ * redraw the needle. A dial larger than the screen is not cached.
  *
  * Config keys: "min" and "max" (numbers, default 0 and 100). Loading needs
  * both keys and truncates fractional limits toward zero (a saved 0.5 loads
@@ -64,6 +64,7 @@ protected:
 private:
     void dropDialCache();
     void rebuildDial(int side);
+    void drawDial(QPainter &painter, int side) const;
     void drawTicks(QPainter &painter) const;
     void drawCaption(QPainter &painter) const;
     // Where the needle and the hub are painted now, with room for antialiasing.

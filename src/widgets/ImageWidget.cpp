@@ -173,12 +173,13 @@ void ImageWidget::paintEvent(QPaintEvent *event)
     const QRect target = pictureRect();
     if (target.isEmpty())
         return;
-    // At the screen's pixels, but never more than a decoded picture holds:
-    // a widget stretched beyond that is scaled up while drawing.
-    const int most = PictureFile::MaxDecodedSide;
+    // At the screen's pixels, but never more than a decoded picture holds nor
+    // than the screen shows: a widget stretched beyond that is scaled up
+    // while drawing.
+    const QSize most = cacheLimit().boundedTo(QSize(PictureFile::MaxDecodedSide, PictureFile::MaxDecodedSide));
     QSize pixels = (QSizeF(target.size()) * devicePixelRatioF()).toSize().expandedTo(QSize(1, 1));
-    if (pixels.width() > most || pixels.height() > most)
-        pixels = pixels.scaled(most, most, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
+    if (pixels.width() > most.width() || pixels.height() > most.height())
+        pixels = pixels.scaled(most, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
     if (pixels != m_scaledFor) {
         m_scaled = QPixmap::fromImage(m_picture.render(pixels));
         m_scaledFor = pixels;

@@ -1,24 +1,36 @@
 #include "PictureFile.h"
 
+#include <QDateTime>
 #include <QFileInfo>
+#include <QHash>
 #include <QImageReader>
 #include <QPainter>
 #include <QSvgRenderer>
+
+namespace {
+
+// The file as it is now: a picture changed on disk is read again.
+QString versionKey(const QFileInfo &info)
+{
+    return info.absoluteFilePath() + QLatin1Char('\n') + QString::number(info.lastModified().toMSecsSinceEpoch())
+        + QLatin1Char('\n') + QString::number(info.size());
+}
+
+} // namespace
 
 PictureFile::PictureFile() = default;
 PictureFile::~PictureFile() = default;
 
 void PictureFile::clear()
 {
-    m_image = QImage();
-    m_drawing.reset();
+    m_decoded.reset();
     m_size = QSize();
     m_problem.clear();
 }
 
 bool PictureFile::isLoaded() const
 {
-    return !m_image.isNull() || m_drawing;
+    return m_decoded != nullptr;
 }
 
 void PictureFile::load(const QString &path)
@@ -29,21 +41,31 @@ void PictureFile::load(const QString &path)
         m_problem = tr("%1 not found").arg(info.fileName());
         return;
     }
-    const QString suffix = info.suffix().toLower();
-    if (suffix == QLatin1String("svg") || suffix == QLatin1String("svgz"))
-        loadDrawing(path, info.fileName());
-    else
-        loadRaster(path, info.fileName());
+    // Pictures in use, by file version; the GUI thread's only.
+    using Shared = QHash<QString, std::weak_ptr<Decoded>>;
+    static Shared shared;
+    const QString key = versionKey(info);
+    m_decoded = shared.value(key).lock();
+    if (!m_decoded) {
+        const QString suffix = info.suffix().toLower();
+        const bool drawing = suffix == QLatin1String("svg") || suffix == QLatin1String("svgz");
+        m_decoded = drawing ? loadDrawing(path, info.fileName()) : loadRaster(path, info.fileName());
+        if (!m_decoded)
+            return;
+        shared.removeIf([](Shared::iterator entry) { return entry.value().expired(); });
+        shared.insert(key, m_decoded);
+    }
+    m_size = m_decoded->size;
 }
 
-void PictureFile::loadRaster(const QString &path, const QString &fileName)
+std::shared_ptr<PictureFile::Decoded> PictureFile::loadRaster(const QString &path, const QString &fileName)
 {
     QImageReader reader(path);
     reader.setAutoTransform(true);
     const QSize size = reader.size();
     if (size.isEmpty()) {
         m_problem = tr("%1: cannot be read").arg(fileName);
-        return;
+        return nullptr;
     }
     if (qint64(size.width()) * size.height() > MaxPixels) {
         m_problem = tr("%1: %2 \u00d7 %3 pixels, over the limit of %4 megapixels")
@@ -51,44 +73,48 @@ void PictureFile::loadRaster(const QString &path, const QString &fileName)
                         .arg(size.width())
                         .arg(size.height())
                         .arg(MaxPixels / 1'000'000);
-        return;
+        return nullptr;
     }
     // Decoders that can (JPEG) scale while decoding; the others scale after.
     if (size.width() > MaxDecodedSide || size.height() > MaxDecodedSide)
         reader.setScaledSize(size.scaled(MaxDecodedSide, MaxDecodedSide, Qt::KeepAspectRatio).expandedTo(QSize(1, 1)));
-    m_image = reader.read();
-    if (m_image.isNull()) {
+    auto decoded = std::make_shared<Decoded>();
+    decoded->image = reader.read();
+    if (decoded->image.isNull()) {
         m_problem = tr("%1: cannot be read").arg(fileName);
-        return;
+        return nullptr;
     }
-    m_size = m_image.size();
+    decoded->size = decoded->image.size();
+    return decoded;
 }
 
-void PictureFile::loadDrawing(const QString &path, const QString &fileName)
+std::shared_ptr<PictureFile::Decoded> PictureFile::loadDrawing(const QString &path, const QString &fileName)
 {
     if (QFileInfo(path).size() > MaxSvgBytes) {
         m_problem = tr("%1: over the limit of %2 MB for drawings").arg(fileName).arg(MaxSvgBytes / (1024 * 1024));
-        return;
+        return nullptr;
     }
-    auto drawing = std::make_unique<QSvgRenderer>();
-    if (!drawing->load(path)) {
+    auto decoded = std::make_shared<Decoded>();
+    decoded->drawing = std::make_unique<QSvgRenderer>();
+    if (!decoded->drawing->load(path)) {
         m_problem = tr("%1: cannot be read").arg(fileName);
-        return;
+        return nullptr;
     }
     // A drawing without a size of its own is taken as square.
-    m_size = drawing->defaultSize().isEmpty() ? QSize(100, 100) : drawing->defaultSize();
-    m_drawing = std::move(drawing);
+    const QSize own = decoded->drawing->defaultSize();
+    decoded->size = own.isEmpty() ? QSize(100, 100) : own;
+    return decoded;
 }
 
 QImage PictureFile::render(const QSize &target) const
 {
     if (target.isEmpty() || !isLoaded())
         return QImage();
-    if (!m_drawing)
-        return m_image.scaled(target, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    if (!m_decoded->drawing)
+        return m_decoded->image.scaled(target, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     QImage image(target, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
     QPainter painter(&image);
-    m_drawing->render(&painter, QRectF(QPointF(0, 0), QSizeF(target)));
+    m_decoded->drawing->render(&painter, QRectF(QPointF(0, 0), QSizeF(target)));
     return image;
 }

@@ -24,6 +24,10 @@ QT_END_NAMESPACE
  * stay crisp; a drawing file of more than MaxSvgBytes is refused.
  *
  * What cannot be shown is told in problem(), naming the file.
+ *
+ * The same unchanged file read again (a logo on many widgets of a large
+ * layout) shares the decoded picture instead of decoding another copy; it
+ * goes when the last PictureFile holding it does.
  */
 class PictureFile
 {
@@ -52,11 +56,17 @@ public:
     QImage render(const QSize &target) const;
 
 private:
-    void loadRaster(const QString &path, const QString &fileName);
-    void loadDrawing(const QString &path, const QString &fileName);
+    struct Decoded
+    {
+        QImage image;
+        std::unique_ptr<QSvgRenderer> drawing;
+        QSize size;
+    };
 
-    QImage m_image;
-    std::unique_ptr<QSvgRenderer> m_drawing;
+    std::shared_ptr<Decoded> loadRaster(const QString &path, const QString &fileName);
+    std::shared_ptr<Decoded> loadDrawing(const QString &path, const QString &fileName);
+
+    std::shared_ptr<Decoded> m_decoded;
     QSize m_size;
     QString m_problem;
 };

@@ -10,10 +10,13 @@
 #include "PtyPair.h"
 #include "SerialManager.h"
 #include "StateIndicatorWidget.h"
+#include "TrendPlotWidget.h"
 #include "WidgetPalette.h"
 
 #include <QAction>
 #include <QComboBox>
+#include <QDir>
+#include <QGraphicsView>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -173,6 +176,32 @@ private Q_SLOTS:
         }
     }
 
+    void freePlaceKeepsAGapToEveryItem_data()
+    {
+        QTest::addColumn<QList<QRectF>>("items");
+        QTest::addColumn<QPointF>("expected");
+        QTest::newRow("empty") << QList<QRectF>{} << QPointF(20, 20);
+        QTest::newRow("beside one") << QList<QRectF>{{20, 20, 100, 80}} << QPointF(140, 20);
+        QTest::newRow("below a full row") << QList<QRectF>{{20, 20, 2000, 80}} << QPointF(20, 120);
+        QTest::newRow("where a gap opens lower down")
+            << QList<QRectF>{{20, 20, 100, 200}, {140, 20, 2000, 60}} << QPointF(140, 100);
+    }
+
+    void freePlaceKeepsAGapToEveryItem()
+    {
+        QFETCH(QList<QRectF>, items);
+        QFETCH(QPointF, expected);
+        WindowFixture f;
+        f.window->dashboard()->scene()->setSceneRect(0, 0, 1000, 600);
+        for (const QRectF &rect : items) {
+            DashboardItem *item = f.add(QStringLiteral("TextLabel"));
+            item->setPos(rect.topLeft());
+            item->setSize(rect.size());
+            QCOMPARE(item->size(), rect.size());
+        }
+        QCOMPARE(f.window->dashboard()->freePosition(QSizeF(80, 60)), expected);
+    }
+
     void layoutRoundTripRestoresEveryItem()
     {
         WindowFixture f;
@@ -223,9 +252,13 @@ private Q_SLOTS:
         QTest::addColumn<QString>("operation");
         QTest::addColumn<QByteArray>("content");
         QTest::addColumn<QString>("warning");
-        QTest::newRow("load missing") << "load" << QByteArray() << "Error: Could not load layout.";
-        QTest::newRow("load array") << "load" << QByteArray("[1, 2]") << "Error: Invalid layout format.";
-        QTest::newRow("save unwritable") << "save" << QByteArray() << "Error: Could not save layout.";
+        QTest::addColumn<QString>("reason"); // in the details after the path; empty: the system's own words
+        QTest::newRow("load missing") << "load" << QByteArray() << "Error: Could not load layout." << "";
+        QTest::newRow("load array") << "load" << QByteArray("[1, 2]") << "Error: Invalid layout format."
+                                    << "the top level is not an object";
+        QTest::newRow("load truncated") << "load" << QByteArray(R"({"items": [)") << "Error: Invalid layout format."
+                                        << "at offset 11";
+        QTest::newRow("save unwritable") << "save" << QByteArray() << "Error: Could not save layout." << "";
     }
 
     void layoutWarnings()
@@ -233,18 +266,57 @@ private Q_SLOTS:
         QFETCH(QString, operation);
         QFETCH(QByteArray, content);
         QFETCH(QString, warning);
+        QFETCH(QString, reason);
 
         WindowFixture f;
         f.add(QStringLiteral("AnalogGauge"));
-        const QString path = f.project + QStringLiteral("/layouts/broken.json");
+        f.window->statusBar()->clearMessage();
+        QString path = f.project + QStringLiteral("/layouts/broken.json");
         if (!content.isEmpty())
             QVERIFY(writeFile(path, content));
-        if (operation == QLatin1String("save"))
-            QVERIFY(!f.window->saveLayoutTo(f.project + QStringLiteral("/missing/folder/layout.json")));
-        else
+        if (operation == QLatin1String("save")) {
+            path = f.project + QStringLiteral("/missing/folder/layout.json");
+            QVERIFY(!f.window->saveLayoutTo(path));
+        } else {
             QVERIFY(!f.window->loadLayoutFrom(path));
+        }
         QCOMPARE(f.prompts->warningTexts(), QStringList{warning});
+        const QString details = f.prompts->warnings.constFirst().details;
+        const QString prefix = QDir::toNativeSeparators(path) + QLatin1String(": ");
+        QVERIFY2(details.startsWith(prefix) && details.size() > prefix.size(), qPrintable(details));
+        QVERIFY2(details.contains(reason), qPrintable(details));
+        QCOMPARE(f.window->statusBar()->currentMessage(), QString());
         QCOMPARE(f.window->dashboard()->items().size(), 1);
+    }
+
+    void absurdLayoutStaysWithinTheScreen()
+    {
+        WindowFixture f;
+        f.window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(f.window.get()));
+        QJsonArray records;
+        const QStringList types = DashboardWidgetFactory::instance().typeNames();
+        for (const QString &type : types)
+            records.append(QJsonObject{{"type", type}, {"signals", QJsonArray{"RPM"}}, {"width", 1e9}, {"height", 1e9},
+                                       {"x", 1e9}, {"y", -1e9}});
+        const QString path = f.project + QStringLiteral("/layouts/absurd.json");
+        QVERIFY(writeFile(path, QJsonDocument(QJsonObject{{"items", records}}).toJson()));
+        QVERIFY(f.window->loadLayoutFrom(path));
+
+        const QList<DashboardItem *> items = f.window->dashboard()->items();
+        QCOMPARE(items.size(), types.size());
+        for (DashboardItem *item : items) {
+            QCOMPARE(item->size(), QSizeF(DashboardItem::MaxSize, DashboardItem::MaxSize));
+            item->setPos(0, 0);
+        }
+        f.window->dashboard()->view()->viewport()->repaint();
+        // Drawn where they are seen, with nothing kept at their full size.
+        for (DashboardItem *item : items) {
+            if (auto *gauge = f.widgetOf<AnalogGaugeWidget>(item))
+                QCOMPARE(gauge->dialRebuildCount(), 0);
+            if (auto *plot = f.widgetOf<TrendPlotWidget>(item))
+                QVERIFY(plot->backdrop().pixmap.isNull());
+        }
     }
 
     void layoutDialogRouteAndEmptyLayout()

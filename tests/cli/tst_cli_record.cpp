@@ -1,4 +1,6 @@
 #include "CliRun.h"
+#include "DeviceFaults.h"
+#include "LineFramer.h"
 #include "PtyPair.h"
 #include "Recording.h"
 #include "TestFiles.h"
@@ -81,6 +83,19 @@ private Q_SLOTS:
     }
 
     void stopKeepsEverythingReceived();
+    void badStreamKeepsTheLinesAround_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QByteArray>("recorded"); // what the bytes become in the file
+        QTest::addColumn<int>("reports");
+        // Every word of it is kept as the message, invalid bytes replaced.
+        const QByteArray garbage = DeviceFaults::binaryGarbage();
+        QTest::newRow("binary garbage") << garbage << "0.750000 RAW" + QString::fromUtf8(garbage).simplified().toUtf8() + '\n'
+                                        << 0;
+        QTest::newRow("no line feed for 10 MB") << QByteArray(10 << 20, 'x') << QByteArray() << 1;
+    }
+
+    void badStreamKeepsTheLinesAround();
     void stopsAfterTheDuration()
     {
         QVERIFY(startRecording({"--duration", "0.3"}));
@@ -132,6 +147,16 @@ private:
         return QFile::exists(m_recordingPath);
     }
 
+    // Sends the signal and keeps what the recorder said on stderr.
+    bool finishedOn(int signalNumber, int exitCode)
+    {
+        ::kill(pid_t(m_process->processId()), signalNumber);
+        const bool finished = m_process->waitForFinished(10000) && m_process->exitStatus() == QProcess::NormalExit
+            && m_process->exitCode() == exitCode;
+        m_stderr = m_process->readAllStandardError();
+        return finished;
+    }
+
     bool finishedWith(int exitCode, const QByteArray &message)
     {
         return m_process->waitForFinished(10000) && m_process->exitStatus() == QProcess::NormalExit
@@ -142,13 +167,14 @@ private:
     std::unique_ptr<PtyPair> m_pty;
     std::unique_ptr<QProcess> m_process; // ombrix-cli record
     QString m_recordingPath;
+    QByteArray m_stderr;
 };
 
 void tst_CliRecord::stopKeepsEverythingReceived()
 {
     QFETCH(int, signalNumber);
     QVERIFY(startRecording({"--duration", "60"}));
-    QVERIFY(m_pty->write(FirstLines));
+    QVERIFY(m_pty->write(FirstLines + "12 A=7 B")); // the last line is cut off
     QTRY_COMPARE_WITH_TIMEOUT(readFile(m_recordingPath), FirstLinesRecorded, 10000);
 
     if (signalNumber)
@@ -157,6 +183,32 @@ void tst_CliRecord::stopKeepsEverythingReceived()
         m_pty->close();
     QVERIFY(signalNumber ? finishedWith(0, "interrupted") : finishedWith(3, "disappeared"));
     QCOMPARE(readFile(m_recordingPath), FirstLinesRecorded);
+}
+
+// Between two good lines, binary garbage becomes a message and a line that
+// does not end is dropped with one note on stderr.
+void tst_CliRecord::badStreamKeepsTheLinesAround()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QByteArray, recorded);
+    QFETCH(int, reports);
+    QVERIFY(startRecording({"--duration", "60"}));
+    const QByteArray lastLine = "1.500000 A=9\n";
+    QVERIFY(m_pty->write(FirstLines + "11.25 " + bytes + "\n12 A=9\n"));
+    QTRY_VERIFY_WITH_TIMEOUT(readFile(m_recordingPath).endsWith(lastLine), 10000);
+    QVERIFY(finishedOn(SIGINT, 0));
+
+    const QByteArray report = "ombrix-cli record: line longer than " + QByteArray::number(LineFramer::MaxLineBytes)
+        + " bytes dropped\n";
+    QCOMPARE(m_stderr.count(report), reports);
+    const QByteArray file = readFile(m_recordingPath);
+    QVERIFY(DeviceFaults::allLinesWhole(file));
+    QVERIFY(file.startsWith(FirstLinesRecorded));
+    const QByteArray between = file.sliced(FirstLinesRecorded.size()).chopped(lastLine.size());
+    QCOMPARE(between, recorded);
+    Recording recording;
+    QVERIFY(recording.load(m_recordingPath));
+    QCOMPARE(recording.messages().size(), recorded.isEmpty() ? 1 : 2); // "hello world" and the garbage
 }
 
 QTEST_GUILESS_MAIN(tst_CliRecord)

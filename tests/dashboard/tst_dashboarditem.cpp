@@ -105,6 +105,32 @@ private Q_SLOTS:
         QCOMPARE(probeOf(item.get())->threshold, 5);
     }
 
+    void overlayFollowsTheOtherItemsAsTheyComeAndGo()
+    {
+        // Overlay z = (largest other top-level z) - own z + 1, never below the proxy's.
+        DashboardItem *low = addProbe(QPointF(), 1);
+        DashboardItem *high = addProbe(QPointF(), 5);
+        const auto overlayOf = [](DashboardItem *item) {
+            item->setSize(item->size()); // restacks
+            return item->overlay()->zValue();
+        };
+        QCOMPARE(overlayOf(low), 5.0);
+        QCOMPARE(overlayOf(high), 1.0);
+        high->setZValue(0.5);
+        QCOMPARE(overlayOf(high), 1.5);
+        QCOMPARE(overlayOf(low), 1.0);
+
+        std::unique_ptr<DashboardItem> top(addProbe(QPointF(), 9));
+        QCOMPARE(overlayOf(low), 9.0);
+        QCOMPARE(m_scene->largestItemZ(), 9.0);
+        m_scene->removeItem(top.get());
+        QCOMPARE(overlayOf(low), 1.0);
+        top.reset();
+        delete high;
+        QCOMPARE(m_scene->largestItemZ(), 1.0);
+        QCOMPARE(m_scene->largestItemZBesides(1.0), std::nullopt);
+    }
+
     void sizeRule_data()
     {
         QTest::addColumn<QSize>("hint");

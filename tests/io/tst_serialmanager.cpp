@@ -6,9 +6,6 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <cerrno>
-#include <fcntl.h>
-#include <unistd.h>
 
 // Every signal of a SerialManager as one readable entry, in emission order.
 class SignalLog : public QObject
@@ -29,6 +26,8 @@ public:
             add(u"values " + pairs.join(u','), t);
         });
         connect(m, &SerialManager::unrecognizedParsed, this, [this](double t, const QString &text) { add(u"words " + text, t); });
+        connect(m, &SerialManager::overlongLineDropped, this,
+                [this](double t, qint64 maxBytes) { add(u"overlong " + QString::number(maxBytes), t); });
     }
 
     // The entries of one kind ("raw", "values", ...) without their prefix.
@@ -179,24 +178,6 @@ private:
         return m_manager->open(settings);
     }
 
-    // The pseudo-terminal takes only a few kilobytes at a time: feed it while
-    // the event loop lets the manager read.
-    bool writeLarge(const QByteArray &bytes)
-    {
-        const int fd = m_pty->masterFd();
-        fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) | O_NONBLOCK);
-        for (qsizetype done = 0; done < bytes.size();) {
-            const ssize_t n = ::write(fd, bytes.constData() + done, size_t(qMin<qsizetype>(bytes.size() - done, 65536)));
-            if (n > 0)
-                done += n;
-            else if (n < 0 && errno != EAGAIN && errno != EINTR)
-                return false;
-            else
-                QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-        }
-        return true;
-    }
-
     QScopedPointer<PtyPair> m_pty;
     QScopedPointer<SerialManager> m_manager;
     QScopedPointer<SignalLog> m_log;
@@ -229,25 +210,30 @@ void tst_SerialManager::badInput_data()
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<QStringList>("values"); // empty: only "A=1" must come through
     QTest::addColumn<QStringList>("words");
+    QTest::addColumn<int>("overlong"); // reports of a dropped overlong line
 
     const QString replacement(QChar::ReplacementCharacter);
     QTest::newRow("invalid UTF-8") << QByteArray("A=1 \xff\xfe B=2 caf\xc3\xa9\n") << QStringList{"A=1,B=2"}
-                                   << QStringList{replacement + replacement + QStringLiteral(" caf\u00e9")};
+                                   << QStringList{replacement + replacement + QStringLiteral(" caf\u00e9")} << 0;
     QTest::newRow("NUL bytes") << QByteArray("\0\0 A=1 B=\0\n", 11) << QStringList{"A=1"}
-                               << QStringList{QString(2, QChar(0))};
+                               << QStringList{QString(2, QChar(0))} << 0;
     QTest::newRow("control characters") << QByteArray("\x01\x1b[2J A=1\n") << QStringList{"A=1"}
-                                        << QStringList{QStringLiteral("\x01\x1b[2J")};
+                                        << QStringList{QStringLiteral("\x01\x1b[2J")} << 0;
     const QByteArray filler(1 << 20, 'x');
     QTest::newRow("megabyte line") << "A=1 " + filler + " B=2\nC=3\n" << QStringList{"A=1,B=2", "C=3"}
-                                   << QStringList{QString::fromLatin1(filler)};
+                                   << QStringList{QString::fromLatin1(filler)} << 0;
     const QByteArray endless = QByteArray("A=1 B=2 ").repeated(100000);
     QTest::newRow("no line feed for 800 kB") << endless + "C=3\nD=4\n" << QStringList{"A=1,B=2,C=3", "D=4"}
-                                             << QStringList();
+                                             << QStringList() << 0;
+    // Kept until the next line feed, such a line would take all the memory.
+    const QByteArray tenMegabytes(10 << 20, 'x');
+    QTest::newRow("no line feed for 10 MB") << "A=1\n" + tenMegabytes + "\nB=2\n" << QStringList{"A=1", "B=2"}
+                                            << QStringList() << 1;
     QByteArray garbage;
     QRandomGenerator random(99);
     for (int i = 0; i < 200000; ++i)
         garbage.append(char(random.bounded(256)));
-    QTest::newRow("binary garbage") << garbage + "\nA=1\n" << QStringList() << QStringList();
+    QTest::newRow("binary garbage") << garbage + "\nA=1\n" << QStringList() << QStringList() << 0;
 }
 
 void tst_SerialManager::badInput()
@@ -255,10 +241,12 @@ void tst_SerialManager::badInput()
     QFETCH(QByteArray, bytes);
     QFETCH(QStringList, values);
     QFETCH(QStringList, words);
+    QFETCH(int, overlong);
     QVERIFY(openOnPty());
-    QVERIFY(writeLarge(bytes + "END=1\n"));
+    QVERIFY(m_pty->writeLarge(bytes + "END=1\n"));
     QTRY_VERIFY(m_log->of(QStringLiteral("values")).contains(QStringLiteral("END=1")));
     QVERIFY(m_manager->isOpen());
+    QCOMPARE(m_log->of(QStringLiteral("overlong")), QStringList(overlong, QString::number(LineFramer::MaxLineBytes)));
     if (values.isEmpty()) {
         QVERIFY(m_log->of(QStringLiteral("values")).contains(QStringLiteral("A=1")));
         return;

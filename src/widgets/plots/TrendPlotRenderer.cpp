@@ -72,25 +72,40 @@ QString TrendPlotRenderer::backdropKey() const
 void TrendPlotRenderer::drawBackdrop()
 {
     TrendPlotWidget::Backdrop &backdrop = m_plot.backdrop();
+    const qreal ratio = m_plot.devicePixelRatioF();
+    const QSize pixels = m_plot.size() * ratio;
+    // A plot larger than the screen draws its backdrop where it is exposed.
+    if (!m_plot.fitsCacheLimit(pixels)) {
+        backdrop = TrendPlotWidget::Backdrop();
+        m_painter.save();
+        m_painter.fillRect(m_plot.rect(), m_plot.palette().window().color());
+        paintBackdrop(m_painter);
+        m_painter.restore();
+        return;
+    }
     const QString key = backdropKey();
     if (backdrop.key != key || backdrop.pixmap.isNull()) {
-        const qreal ratio = m_plot.devicePixelRatioF();
-        backdrop.pixmap = QPixmap(m_plot.size() * ratio);
+        backdrop.pixmap = QPixmap(pixels);
         backdrop.pixmap.setDevicePixelRatio(ratio);
         backdrop.pixmap.fill(m_plot.palette().window().color());
         QPainter painter(&backdrop.pixmap);
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setFont(m_plot.plotFont());
-        TrendPlotRenderer layer(m_plot, painter);
-        painter.fillRect(m_area, Qt::white);
-        if (m_plot.settings().showGrid)
-            layer.drawGrid();
-        layer.drawAxes();
-        layer.drawTimeTicks();
-        m_plot.legend().paint(painter, m_plot.hiddenChannels());
+        paintBackdrop(painter);
         backdrop.key = key;
     }
     m_painter.drawPixmap(0, 0, backdrop.pixmap);
+}
+
+void TrendPlotRenderer::paintBackdrop(QPainter &painter) const
+{
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setFont(m_plot.plotFont());
+    TrendPlotRenderer layer(m_plot, painter);
+    painter.fillRect(m_area, Qt::white);
+    if (m_plot.settings().showGrid)
+        layer.drawGrid();
+    layer.drawAxes();
+    layer.drawTimeTicks();
+    m_plot.legend().paint(painter, m_plot.hiddenChannels());
 }
 
 QList<TrendTrace> TrendPlotRenderer::buildTraces(QList<int> &channels) const

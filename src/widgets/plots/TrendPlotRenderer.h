@@ -29,6 +29,7 @@ private:
     double yOf(double value, const TrendPlotWidget::ValueRange &range) const;
     QString backdropKey() const;
     void drawBackdrop();
+    void paintBackdrop(QPainter &painter) const;
     void drawGrid();
     void drawAxes();
     void drawZeroLine(const TrendPlotWidget::ValueRange &range);

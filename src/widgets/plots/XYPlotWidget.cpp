@@ -7,6 +7,7 @@
 #include <QFormLayout>
 #include <QJsonObject>
 #include <QLineEdit>
+#include <QPaintEvent>
 #include <QPainter>
 #include <QSpinBox>
 
@@ -255,21 +256,32 @@ QRect XYPlotWidget::plotRect() const
 
 void XYPlotWidget::paintEvent(QPaintEvent *event)
 {
-    Q_UNUSED(event);
     QPainter painter(this);
-    painter.drawPixmap(0, 0, backdrop());
+    drawBackdrop(painter);
     const QRect area = plotRect();
     if (area.width() <= 0 || area.height() <= 0)
         return;
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setFont(m_font);
     const XYPointRaster::Ranges r = ranges();
-    drawPoints(painter, area, r);
+    drawPoints(painter, area, event->rect(), r);
     drawLabels(painter, area, r);
 }
 
-const QPixmap &XYPlotWidget::backdrop() const
+void XYPlotWidget::drawBackdrop(QPainter &painter) const
 {
+    const qreal ratio = devicePixelRatioF();
+    const QSize pixels = size() * ratio;
+    // A plot larger than the screen draws its backdrop where it is exposed.
+    if (!fitsCacheLimit(pixels)) {
+        m_backdrop = QPixmap();
+        m_backdropKey.clear();
+        painter.save();
+        painter.fillRect(rect(), palette().window().color());
+        paintBackdrop(painter);
+        painter.restore();
+        return;
+    }
     // Title, frame, grid and ticks change only with the size and the
     // settings; text and lines are dear to draw again with every point.
     const QString key = QStringList{QString::number(width()), QString::number(height()),
@@ -277,13 +289,19 @@ const QPixmap &XYPlotWidget::backdrop() const
                                     QString::number(int(m_showGrid)), QString::number(m_gridLines),
                                     palette().window().color().name()}
                             .join(QLatin1Char('\n'));
-    if (key == m_backdropKey && !m_backdrop.isNull())
-        return m_backdrop;
-    const qreal ratio = devicePixelRatioF();
-    m_backdrop = QPixmap(size() * ratio);
-    m_backdrop.setDevicePixelRatio(ratio);
-    m_backdrop.fill(palette().window().color());
-    QPainter painter(&m_backdrop);
+    if (key != m_backdropKey || m_backdrop.isNull()) {
+        m_backdrop = QPixmap(pixels);
+        m_backdrop.setDevicePixelRatio(ratio);
+        m_backdrop.fill(palette().window().color());
+        QPainter cached(&m_backdrop);
+        paintBackdrop(cached);
+        m_backdropKey = key;
+    }
+    painter.drawPixmap(0, 0, m_backdrop);
+}
+
+void XYPlotWidget::paintBackdrop(QPainter &painter) const
+{
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setFont(m_font);
     painter.setPen(TextColor);
@@ -293,8 +311,6 @@ const QPixmap &XYPlotWidget::backdrop() const
         painter.fillRect(area, Qt::white);
         drawAxes(painter, area);
     }
-    m_backdropKey = key;
-    return m_backdrop;
 }
 
 void XYPlotWidget::drawAxes(QPainter &painter, const QRect &area) const
@@ -347,15 +363,22 @@ void XYPlotWidget::drawYLabel(QPainter &painter, const QRect &area, int top, con
     painter.drawText(box, Qt::AlignCenter, text);
 }
 
-void XYPlotWidget::drawPoints(QPainter &painter, const QRect &area, const XYPointRaster::Ranges &r) const
+void XYPlotWidget::drawPoints(QPainter &painter, const QRect &area, const QRect &exposed,
+                              const XYPointRaster::Ranges &r) const
 {
     if (m_points.isEmpty())
         return;
     const XYPointRaster raster(area, r);
     painter.save();
     painter.setClipRect(area);
-    const QImage drawn = m_drawLines ? raster.trace(m_points, PointColor) : raster.dots(m_points, PointColor);
-    painter.drawImage(area.topLeft(), drawn);
+    // Only what is exposed, and the margin the dots' soft edges need: an area
+    // larger than the screen is never seen whole.
+    const QRect part = area & exposed.adjusted(-2, -2, 2, 2);
+    if (!part.isEmpty()) {
+        const QImage drawn =
+            m_drawLines ? raster.trace(m_points, PointColor, part) : raster.dots(m_points, PointColor, part);
+        painter.drawImage(part.topLeft(), drawn);
+    }
     // The newest point: where the pair of signals stands now.
     painter.setPen(QPen(Qt::white, 1.0));
     painter.setBrush(NewestColor);

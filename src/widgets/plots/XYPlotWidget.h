@@ -81,11 +81,14 @@ protected:
 
 private:
     void setNames(const QString &x, const QString &y);
-    const QPixmap &backdrop() const;
+    // The cached backdrop, or the backdrop itself when the plot is larger than the screen.
+    void drawBackdrop(QPainter &painter) const;
+    void paintBackdrop(QPainter &painter) const;
     void drawAxes(QPainter &painter, const QRect &area) const;
     void drawLabels(QPainter &painter, const QRect &area, const XYPointRaster::Ranges &ranges) const;
     void drawYLabel(QPainter &painter, const QRect &area, int top, const QString &text) const;
-    void drawPoints(QPainter &painter, const QRect &area, const XYPointRaster::Ranges &ranges) const;
+    void drawPoints(QPainter &painter, const QRect &area, const QRect &exposed,
+                    const XYPointRaster::Ranges &ranges) const;
 
     QString m_xSignal;
     QString m_ySignal;
@@ -121,7 +124,8 @@ private:
     QPointer<QCheckBox> m_linesEdit;
     QPointer<QCheckBox> m_gridEdit;
 
-    // Title, frame, grid and ticks, painted once per size and settings.
+    // Title, frame, grid and ticks, painted once per size and settings
+    // (unless the plot is larger than the screen).
     mutable QPixmap m_backdrop;
     mutable QString m_backdropKey;
 };

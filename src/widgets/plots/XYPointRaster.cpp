@@ -131,13 +131,24 @@ QPointF XYPointRaster::map(const QPointF &point) const
     return QPointF(m_area.left() + std::clamp(p.x(), -1.0e6, 1.0e6), m_area.top() + std::clamp(p.y(), -1.0e6, 1.0e6));
 }
 
-QImage XYPointRaster::dots(const XYPointHistory &points, const QColor &color) const
+QRect XYPointRaster::window(const QRect &part) const
 {
-    const int w = m_area.width();
-    const int h = m_area.height();
+    const QRect whole(QPoint(0, 0), m_area.size());
+    if (part.isEmpty())
+        return whole;
+    const QRect inside = part.translated(-m_area.topLeft()) & whole;
+    return inside.isEmpty() ? QRect(0, 0, 1, 1) : inside;
+}
+
+QImage XYPointRaster::dots(const XYPointHistory &points, const QColor &color, const QRect &part) const
+{
+    const QRect shown = window(part);
+    const QPointF origin = shown.topLeft();
+    const int w = shown.width();
+    const int h = shown.height();
     DotCentres centres(w, h);
     for (const QPointF &point : points.slots()) {
-        const QPointF p = local(point);
+        const QPointF p = local(point) - origin;
         // The upper end of a range lies on the last pixel, not past it.
         if (p.x() >= 0.0 && p.x() <= w && p.y() >= 0.0 && p.y() <= h)
             centres.mark(std::min(int(p.x()), w - 1), std::min(int(p.y()), h - 1));
@@ -145,12 +156,14 @@ QImage XYPointRaster::dots(const XYPointHistory &points, const QColor &color) co
     return centres.toImage(color);
 }
 
-QImage XYPointRaster::trace(const XYPointHistory &points, const QColor &color) const
+QImage XYPointRaster::trace(const XYPointHistory &points, const QColor &color, const QRect &part) const
 {
-    const int w = m_area.width();
-    const int h = m_area.height();
     if (points.size() == 1)
-        return dots(points, color);
+        return dots(points, color, part);
+    const QRect shown = window(part);
+    const QPointF origin = shown.topLeft();
+    const int w = shown.width();
+    const int h = shown.height();
     DotCentres centres(w, h);
     const auto pixel = [](double v, int size) { return std::clamp(int(v), 0, size - 1); };
     const auto inside = [w, h](const QPointF &p) { return p.x() >= 0.0 && p.x() <= w && p.y() >= 0.0 && p.y() <= h; };
@@ -158,10 +171,10 @@ QImage XYPointRaster::trace(const XYPointHistory &points, const QColor &color) c
     const QList<QPointF> &slots = points.slots();
     const int n = int(slots.size());
     const int oldest = points.writeIndex();
-    QPointF previous = local(slots.at(oldest));
+    QPointF previous = local(slots.at(oldest)) - origin;
     for (int age = 1; age < n; ++age) {
         const int slot = oldest + age < n ? oldest + age : oldest + age - n;
-        const QPointF next = local(slots.at(slot));
+        const QPointF next = local(slots.at(slot)) - origin;
         QPointF a = previous;
         QPointF b = next;
         if ((inside(a) && inside(b)) || clip(a, b, w, h))

@@ -29,14 +29,21 @@ public:
 
     XYPointRaster(const QRect &area, const Ranges &ranges);
 
-    /// The points as dots; points outside the ranges are left out.
-    QImage dots(const XYPointHistory &points, const QColor &color) const;
-    /// The points joined oldest to newest, clipped to the area.
-    QImage trace(const XYPointHistory &points, const QColor &color) const;
+    /// The points as dots; points outside the ranges are left out. The image
+    /// covers `part` of the area (widget coordinates; empty: all of it), so
+    /// that an area larger than the screen is only drawn where it is seen.
+    /// A point's soft edge may be missing on the sides of `part` that lie
+    /// inside the area: give a margin of two pixels around what is painted.
+    QImage dots(const XYPointHistory &points, const QColor &color, const QRect &part = QRect()) const;
+    /// The points joined oldest to newest, clipped to the area (or `part`).
+    QImage trace(const XYPointHistory &points, const QColor &color, const QRect &part = QRect()) const;
     /// Where a point lies in widget coordinates.
     QPointF map(const QPointF &point) const;
 
 private:
+    /// `part` within the area, relative to the area's top-left corner.
+    QRect window(const QRect &part) const;
+
     /// Fractional pixel position from the area's top-left corner.
     QPointF local(const QPointF &point) const
     {
