@@ -8,6 +8,9 @@ set -euo pipefail
 # (desktop entry, metainfo, MIME type).
 OMBRIX_PACKAGES=(cmake g++ make qt6-base-dev qt6-base-dev-tools qt6-serialport-dev qt6-svg-dev libgl-dev fonts-dejavu-core
                  help2man dpkg-dev file desktop-file-utils appstream shared-mime-info)
+# The sanitizer and fuzzing build (test.sh, fuzz.sh): clang and its runtimes
+# (AddressSanitizer, UndefinedBehaviorSanitizer, libFuzzer).
+OMBRIX_SANITIZER_PACKAGES=(clang-14 libclang-rt-14-dev)
 
 ombrix_install_deps() {
   local missing=()
@@ -33,4 +36,12 @@ ombrix_build() {
   local dir=$1; shift
   cmake -S "$OMBRIX_ROOT" -B "$dir" "$@"
   cmake --build "$dir" -j"$(nproc)"
+}
+
+# The build with clang, AddressSanitizer, UndefinedBehaviorSanitizer and the
+# fuzz targets: the tests, ombrix-cli and the fuzzers, no benchmarks.
+ombrix_configure_sanitized() {
+  local dir=$1; shift
+  cmake -S "$OMBRIX_ROOT" -B "$dir" -DCMAKE_CXX_COMPILER=clang++-14 -DOMBRIX_BUILD_FUZZERS=ON \
+    -DBUILD_TESTING=ON -DOMBRIX_BUILD_BENCHMARKS=OFF "$@"
 }

@@ -104,13 +104,19 @@ LayoutFile::Result LayoutFile::load(const QString &path, bool designMode, const 
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return fail(Result::OpenFailed, path, file.errorString());
+    return loadFromBytes(file.readAll(), path, designMode, progress);
+}
+
+LayoutFile::Result LayoutFile::loadFromBytes(const QByteArray &json, const QString &name, bool designMode,
+                                             const Progress &progress)
+{
     QJsonParseError parseError;
-    const QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &parseError);
+    const QJsonDocument document = QJsonDocument::fromJson(json, &parseError);
     if (parseError.error != QJsonParseError::NoError)
-        return fail(Result::InvalidFormat, path,
+        return fail(Result::InvalidFormat, name,
                     tr("%1 at offset %2").arg(parseError.errorString()).arg(parseError.offset));
     if (!document.isObject())
-        return fail(Result::InvalidFormat, path, tr("the top level is not an object"));
+        return fail(Result::InvalidFormat, name, tr("the top level is not an object"));
     const QJsonObject root = document.object();
 
     ItemList built;

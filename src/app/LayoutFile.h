@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QCoreApplication>
 #include <QJsonObject>
 #include <QList>
@@ -67,6 +68,10 @@ public:
     // window's geometry and state (when the keys are non-empty), then full
     // screen or maximised; repaint the scene.
     Result load(const QString &path, bool designMode, const Progress &progress = {});
+    // The same restoring of a layout held in memory (never OpenFailed);
+    // `name` stands for the path in errorString().
+    Result loadFromBytes(const QByteArray &json, const QString &name, bool designMode,
+                         const Progress &progress = {});
 
     // "<path>: <reason>" for the last failed save or load.
     QString errorString() const { return m_error; }

@@ -18,6 +18,7 @@ SerialControls::SerialControls(SerialManager *serial, MainToolBars *toolBars, QS
     , m_serial(serial)
     , m_toolBars(toolBars)
     , m_statusBar(statusBar)
+    , m_portBox(toolBars->portBox)
     , m_reconnector(new PortReconnector(serial, this))
     , m_staleLabel(new QLabel(tr("Port lost — values are stale"), statusBar))
 {
@@ -41,7 +42,9 @@ SerialControls::SerialControls(SerialManager *serial, MainToolBars *toolBars, QS
 
 bool SerialControls::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == m_toolBars->portBox) {
+    // While the window is destroyed, the box still sends events after the
+    // MainToolBars that held it is gone, so m_toolBars is not used here.
+    if (watched == m_portBox) {
         bool opening = event->type() == QEvent::MouseButtonPress;
         if (event->type() == QEvent::KeyPress) {
             const auto *key = static_cast<QKeyEvent *>(event);

@@ -5,6 +5,7 @@
 #include <QStringList>
 
 QT_BEGIN_NAMESPACE
+class QComboBox;
 class QLabel;
 class QStatusBar;
 QT_END_NAMESPACE
@@ -58,6 +59,8 @@ private:
     SerialManager *m_serial = nullptr;
     MainToolBars *m_toolBars = nullptr;
     QStatusBar *m_statusBar = nullptr;
+    // Only compared with, never dereferenced: see eventFilter().
+    const QComboBox *m_portBox = nullptr;
     PortReconnector *m_reconnector = nullptr;
     QLabel *m_staleLabel = nullptr;
     bool m_stale = false; // the port was lost and nothing has replaced it

@@ -3,6 +3,7 @@
 #include "LineParser.h"
 #include "NumberParser.h"
 
+#include <QBuffer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -46,6 +47,7 @@
 
 namespace {
 constexpr qint64 ChunkBytes = 4 * 1024 * 1024;
+constexpr qint64 MinChunkBytes = 64 * 1024;
 const QChar Bom(0xFEFF);
 
 // A plain character test: it runs for a million lines, where the general
@@ -271,7 +273,20 @@ bool Recording::load(const QString &path, const Progress &progress)
         m_errorString = QObject::tr("Could not open file: %1 (%2)").arg(path, file.errorString());
         return false;
     }
-    const qint64 total = file.size();
+    return read(file, path, progress);
+}
+
+bool Recording::loadFromBytes(const QByteArray &bytes)
+{
+    QBuffer buffer;
+    buffer.setData(bytes);
+    buffer.open(QIODevice::ReadOnly);
+    return read(buffer, QString(), {});
+}
+
+bool Recording::read(QIODevice &device, const QString &path, const Progress &progress)
+{
+    const qint64 total = device.size();
     Recording next;
     next.m_path = path;
     RecordingLoader loader(next);
@@ -281,9 +296,12 @@ bool Recording::load(const QString &path, const Progress &progress)
     qint64 done = 0;
     bool atStart = true;
     while (true) {
+        // What is left of the file, and one byte more to see its end, in
+        // chunks of a bounded size: a small file takes a small buffer.
+        const qint64 chunk = std::clamp(total - done + 1, MinChunkBytes, ChunkBytes);
         const qsizetype carried = bytes.size();
-        bytes.resize(carried + ChunkBytes);
-        const qint64 got = file.read(bytes.data() + carried, ChunkBytes);
+        bytes.resize(carried + chunk);
+        const qint64 got = device.read(bytes.data() + carried, chunk);
         if (got < 0) {
             m_errorString = QObject::tr("Could not read file: %1").arg(path);
             return false;

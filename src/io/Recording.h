@@ -9,6 +9,10 @@
 
 #include <functional>
 
+QT_BEGIN_NAMESPACE
+class QIODevice;
+QT_END_NAMESPACE
+
 // A recording file read back into memory as frames, one per device line, in
 // file order (see Recording.cpp for how lines become frames). Storage is compact (a recording of a million lines
 // must stay within a few times its file size); frameAt() builds a
@@ -22,6 +26,8 @@ public:
     // False when the file cannot be opened or the load was cancelled; the
     // previous content is then kept.
     bool load(const QString &path, const Progress &progress = {});
+    // The same reading of a recording held in memory (path() stays empty).
+    bool loadFromBytes(const QByteArray &bytes);
     QString errorString() const;
     QString path() const;
 
@@ -72,6 +78,8 @@ public:
 
 private:
     friend class RecordingLoader;
+
+    bool read(QIODevice &device, const QString &path, const Progress &progress);
 
     QString m_path;
     QString m_errorString;

@@ -63,10 +63,23 @@ bool SignalDefinitions::load(const QString &path)
         return false;
     }
     QTextStream in(&file);
+    parseLines(in);
+    return true;
+}
+
+void SignalDefinitions::loadText(const QString &text)
+{
+    *this = SignalDefinitions();
+    QString copy = text;
+    QTextStream in(&copy, QIODevice::ReadOnly);
+    parseLines(in);
+}
+
+void SignalDefinitions::parseLines(QTextStream &in)
+{
     QString line;
     while (in.readLineInto(&line))
         parseLine(line.trimmed());
-    return true;
 }
 
 const QRegularExpression &SignalDefinitions::pattern(Declaration form)

@@ -10,6 +10,7 @@
 QT_BEGIN_NAMESPACE
 class QRegularExpression;
 class QRegularExpressionMatch;
+class QTextStream;
 QT_END_NAMESPACE
 
 // physical = raw * scale + offset; the file writes the arguments as (name, offset, scale).
@@ -65,6 +66,8 @@ public:
     explicit SignalDefinitions(const QString &path);
 
     bool load(const QString &path);
+    // The same parsing of a definition text held in memory (path() stays empty).
+    void loadText(const QString &text);
     QString lastError() const { return m_lastError; }
     QString path() const { return m_path; }
 
@@ -110,6 +113,7 @@ public:
     const QList<ErrorDef> &errors() const { return m_errors; }
 
 private:
+    void parseLines(QTextStream &in);
     void parseLine(const QString &line);
     void addStateGroup(const QString &id, const QString &label);
     void addState(const QString &groupId, const QString &stateId, const QString &label);

@@ -47,6 +47,9 @@ private Q_SLOTS:
         Recording recording;
         QVERIFY(recording.load(write(content)));
         QCOMPARE(describe(recording), frames);
+        Recording fromBytes; // the same bytes held in memory read the same
+        QVERIFY(fromBytes.loadFromBytes(content));
+        QCOMPARE(describe(fromBytes), frames);
         double latest = 0.0;
         for (int i = 0; i < recording.frameCount(); ++i)
             latest = std::max(latest, recording.timeAt(i));
