@@ -74,7 +74,6 @@ QWidget *ProjectIntroDialog::buildOtherWays()
     auto *row = new QWidget(this);
     auto *layout = new QHBoxLayout(row);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(new QLabel(tr("No project yet?"), row));
     const auto addWay = [this, row, layout](const QString &text, const QString &name, Choice choice) {
         auto *button = new QPushButton(text, row);
         button->setObjectName(name);
