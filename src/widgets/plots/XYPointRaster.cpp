@@ -6,6 +6,8 @@
 #include <array>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -24,6 +26,19 @@ const std::array<double, 1024> Reciprocals = [] {
         table[n] = 1.0 / double(n);
     return table;
 }();
+
+const void *lastHit(const quint8 *hits, size_t count)
+{
+#ifdef __GLIBC__
+    return memrchr(hits, 1, count);
+#else
+    for (size_t i = count; i > 0; --i) {
+        if (hits[i - 1])
+            return hits + i - 1;
+    }
+    return nullptr;
+#endif
+}
 
 // The pixels of the plot area that hold a dot's centre, with an empty
 // border all round so that every pixel has eight neighbours.
@@ -69,7 +84,12 @@ public:
             const quint8 *up = m_hits.data() + size_t(y) * m_stride + 1;
             const quint8 *mid = up + m_stride;
             const quint8 *down = mid + m_stride;
-            for (int x = 0; x < m_width; ++x) {
+            // Only pixels next to a centre get colour: a sparse plot costs
+            // a fill per line, not a look at every pixel.
+            const auto [first, last] = hitSpan(y);
+            std::fill(line, line + std::max(first, 0), QRgb(0));
+            std::fill(line + std::min(last + 1, m_width), line + m_width, QRgb(0));
+            for (int x = std::max(first, 0); x <= std::min(last, m_width - 1); ++x) {
                 const bool side = up[x] | down[x] | mid[x - 1] | mid[x + 1];
                 const bool corner = up[x - 1] | up[x + 1] | down[x - 1] | down[x + 1];
                 line[x] = shades[mid[x] ? Centre : side ? Side : corner ? Corner : 0];
@@ -79,6 +99,26 @@ public:
     }
 
 private:
+    // The columns of line y that may get colour: one either side of the
+    // centres on the line and its two neighbours; first > last when none.
+    std::pair<int, int> hitSpan(int y) const
+    {
+        int first = m_width;
+        int last = -1;
+        for (int row = y; row <= y + 2; ++row) {
+            const quint8 *hits = m_hits.data() + size_t(row) * m_stride;
+            const void *front = std::memchr(hits, 1, m_stride);
+            if (!front)
+                continue;
+            const void *back = lastHit(hits, m_stride);
+            // Border columns count from -1, so a centre at stride column c
+            // colours frame columns c - 2 to c.
+            first = std::min(first, int(static_cast<const quint8 *>(front) - hits) - 2);
+            last = std::max(last, int(static_cast<const quint8 *>(back) - hits));
+        }
+        return {first, last};
+    }
+
     int m_width;
     int m_height;
     size_t m_stride;
