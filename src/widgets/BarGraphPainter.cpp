@@ -33,14 +33,17 @@ BarGraphPainter::BarGraphPainter(const BarGraphWidget &graph, QPainter &painter)
 {
 }
 
-void BarGraphPainter::paint()
+void BarGraphPainter::paint(int parts)
 {
+    m_backdrop = parts & Backdrop;
+    m_values = parts & Values;
     m_painter.setRenderHint(QPainter::Antialiasing);
     m_painter.setFont(m_graph.font());
     const QRectF area = QRectF(m_graph.rect()).adjusted(Margin, Margin, -Margin, -Margin);
     if (m_graph.barCount() == 0) {
-        drawText(area, Qt::AlignCenter | Qt::TextWordWrap,
-                 BarGraphWidget::tr("No signals \u2014 configure to choose some"));
+        if (m_backdrop)
+            drawText(area, Qt::AlignCenter | Qt::TextWordWrap,
+                     BarGraphWidget::tr("No signals \u2014 configure to choose some"));
         return;
     }
     if (m_vertical)
@@ -60,20 +63,24 @@ void BarGraphPainter::paintVertical(const QRectF &area)
         return;
 
     const QRectF scale(area.left(), plot.top() - line / 2, scaleWidth, plot.height() + line);
-    drawText(scale, Qt::AlignRight | Qt::AlignTop, upper);
-    drawText(scale, Qt::AlignRight | Qt::AlignBottom, lower);
-    if (showsBaselineLabel(plot.height())) {
-        const double y = span(plot, 0.0, m_range.position(m_range.baseline())).top();
-        drawText(QRectF(scale.left(), y - line / 2, scaleWidth, line), Qt::AlignRight | Qt::AlignVCenter,
-                 scaleText(m_range.baseline()));
+    if (m_backdrop) {
+        drawText(scale, Qt::AlignRight | Qt::AlignTop, upper);
+        drawText(scale, Qt::AlignRight | Qt::AlignBottom, lower);
+        if (showsBaselineLabel(plot.height())) {
+            const double y = span(plot, 0.0, m_range.position(m_range.baseline())).top();
+            drawText(QRectF(scale.left(), y - line / 2, scaleWidth, line), Qt::AlignRight | Qt::AlignVCenter,
+                     scaleText(m_range.baseline()));
+        }
     }
 
     const double slot = plot.width() / m_graph.barCount();
     for (int bar = 0; bar < m_graph.barCount(); ++bar) {
         const double left = plot.left() + bar * slot;
-        drawText(QRectF(left, area.top(), slot, line), Qt::AlignCenter, m_graph.barValueText(bar));
+        if (m_values)
+            drawText(QRectF(left, area.top(), slot, line), Qt::AlignCenter, m_graph.barValueText(bar));
         drawTrack(QRectF(left + slot * SlotGap, plot.top(), slot * (1.0 - 2 * SlotGap), plot.height()), bar);
-        drawText(QRectF(left, plot.bottom() + TextGap, slot, line), Qt::AlignCenter, m_graph.barCaption(bar));
+        if (m_backdrop)
+            drawText(QRectF(left, plot.bottom() + TextGap, slot, line), Qt::AlignCenter, m_graph.barCaption(bar));
     }
 }
 
@@ -85,22 +92,27 @@ void BarGraphPainter::paintHorizontal(const QRectF &area)
         return;
 
     const QRectF scale(plot.left(), plot.bottom() + TextGap, plot.width(), line);
-    drawText(scale, Qt::AlignLeft | Qt::AlignVCenter, scaleText(m_range.lower()));
-    drawText(scale, Qt::AlignRight | Qt::AlignVCenter, scaleText(m_range.upper()));
-    if (showsBaselineLabel(plot.width())) {
-        const double x = span(plot, 0.0, m_range.position(m_range.baseline())).right();
-        drawText(QRectF(x - plot.width() / 2, scale.top(), plot.width(), line), Qt::AlignCenter,
-                 scaleText(m_range.baseline()));
+    if (m_backdrop) {
+        drawText(scale, Qt::AlignLeft | Qt::AlignVCenter, scaleText(m_range.lower()));
+        drawText(scale, Qt::AlignRight | Qt::AlignVCenter, scaleText(m_range.upper()));
+        if (showsBaselineLabel(plot.width())) {
+            const double x = span(plot, 0.0, m_range.position(m_range.baseline())).right();
+            drawText(QRectF(x - plot.width() / 2, scale.top(), plot.width(), line), Qt::AlignCenter,
+                     scaleText(m_range.baseline()));
+        }
     }
 
     const double row = plot.height() / m_graph.barCount();
     for (int bar = 0; bar < m_graph.barCount(); ++bar) {
         const double top = plot.top() + bar * row;
         const QRectF text(plot.left(), top, plot.width(), line);
-        const QString value = m_graph.barValueText(bar);
-        drawText(text, Qt::AlignRight | Qt::AlignVCenter, value);
-        const double valueWidth = m_metrics.horizontalAdvance(value) + 2 * TextGap;
-        drawText(text.adjusted(0, 0, -valueWidth, 0), Qt::AlignLeft | Qt::AlignVCenter, m_graph.barCaption(bar));
+        // The name is cut to leave room for the value, so both change with it.
+        if (m_values) {
+            const QString value = m_graph.barValueText(bar);
+            drawText(text, Qt::AlignRight | Qt::AlignVCenter, value);
+            const double valueWidth = m_metrics.horizontalAdvance(value) + 2 * TextGap;
+            drawText(text.adjusted(0, 0, -valueWidth, 0), Qt::AlignLeft | Qt::AlignVCenter, m_graph.barCaption(bar));
+        }
         const double trackTop = top + line + TextGap;
         const double trackHeight = std::max(1.0, row - line - TextGap - row * SlotGap);
         drawTrack(QRectF(plot.left(), trackTop, plot.width(), trackHeight), bar);
@@ -109,7 +121,10 @@ void BarGraphPainter::paintHorizontal(const QRectF &area)
 
 void BarGraphPainter::drawTrack(const QRectF &track, int bar)
 {
-    m_painter.fillRect(track, TrackColor);
+    if (m_backdrop)
+        m_painter.fillRect(track, TrackColor);
+    if (!m_values)
+        return;
     const double base = m_range.position(m_range.baseline());
     const double value = m_graph.barValue(bar);
     const bool shown = m_graph.barHasValue(bar) && !std::isnan(value);

@@ -24,10 +24,15 @@ class BarGraphWidget;
 class BarGraphPainter
 {
 public:
+    // What changes only with the size, the scale and the names (the tracks,
+    // the scale's limits, the names under vertical bars), and what changes
+    // with every value; a widget can keep the first in a pixmap.
+    enum Part { Backdrop = 0x1, Values = 0x2, Everything = Backdrop | Values };
+
     static QColor markColor();
 
     BarGraphPainter(const BarGraphWidget &graph, QPainter &painter);
-    void paint();
+    void paint(int parts = Everything);
 
 private:
     void paintVertical(const QRectF &area);
@@ -46,4 +51,6 @@ private:
     const BarRange &m_range;
     QFontMetricsF m_metrics;
     bool m_vertical;
+    bool m_backdrop = true;
+    bool m_values = true;
 };

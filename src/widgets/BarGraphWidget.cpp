@@ -295,6 +295,37 @@ void BarGraphWidget::applyConfigForm()
 void BarGraphWidget::paintEvent(QPaintEvent *event)
 {
     Q_UNUSED(event);
+    const qreal ratio = devicePixelRatioF();
+    const QSize pixels = (QSizeF(size()) * ratio).toSize();
+    // A graph larger than the screen draws everything where it is, keeping nothing.
+    if (!fitsCacheLimit(pixels)) {
+        m_backdrop = QPixmap();
+        m_backdropKey.clear();
+        QPainter painter(this);
+        BarGraphPainter(*this, painter).paint();
+        return;
+    }
+    const QString key = backdropKey();
+    if (key != m_backdropKey || m_backdrop.size() != pixels) {
+        m_backdrop = QPixmap(pixels);
+        m_backdrop.setDevicePixelRatio(ratio);
+        m_backdrop.fill(Qt::transparent);
+        QPainter backdrop(&m_backdrop);
+        BarGraphPainter(*this, backdrop).paint(BarGraphPainter::Backdrop);
+        m_backdropKey = key;
+    }
     QPainter painter(this);
-    BarGraphPainter(*this, painter).paint();
+    painter.drawPixmap(0, 0, m_backdrop);
+    BarGraphPainter(*this, painter).paint(BarGraphPainter::Values);
+}
+
+QString BarGraphWidget::backdropKey() const
+{
+    refreshCaptions();
+    QString key = m_captions.join(u'\n');
+    for (const double limit : {m_range.lower(), m_range.upper(), m_range.baseline()})
+        key += u'\n' + QString::number(limit, 'g', 17);
+    key += u'\n' + font().key() + u'\n' + QString::number(palette().color(QPalette::WindowText).rgba())
+        + u'\n' + QString::number(int(m_orientation));
+    return key;
 }

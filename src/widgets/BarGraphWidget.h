@@ -4,6 +4,7 @@
 #include "DashboardWidget.h"
 
 #include <QColor>
+#include <QPixmap>
 #include <QPointer>
 
 #include <vector>
@@ -96,6 +97,8 @@ private:
     void rebuildBars();
     void restartAutomaticRange();
     void refreshCaptions() const;
+    // What the kept backdrop was drawn from, besides the size.
+    QString backdropKey() const;
 
     std::vector<Bar> m_bars;
     BarRange m_range;
@@ -106,6 +109,9 @@ private:
     mutable QStringList m_captions;
     mutable const SignalDefinitions *m_captionsFrom = nullptr;
     mutable bool m_captionsValid = false;
+    // The tracks, limits and names, drawn again only when the key changes.
+    QPixmap m_backdrop;
+    QString m_backdropKey;
 
     QPointer<QCheckBox> m_autoEdit;
     QPointer<QDoubleSpinBox> m_minEdit;
