@@ -22,6 +22,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <limits>
 #include <vector>
 
 
@@ -88,10 +89,11 @@ struct Figures
     double lagP99Ms = 0.0;
 };
 
+// NaN without values: a probe that never painted has measured nothing.
 double percentile(std::vector<double> values, double fraction)
 {
     if (values.empty())
-        return 0.0;
+        return std::numeric_limits<double>::quiet_NaN();
     std::sort(values.begin(), values.end());
     return values[std::min(values.size() - 1, size_t(fraction * values.size()))];
 }
@@ -174,12 +176,13 @@ int main(int argc, char *argv[])
     Ombrix window;
     window.setProjectDir(project);
     window.loadLayoutFrom(QDir(project).filePath(QStringLiteral("layouts/demo.json")));
-    window.resize(1280, 800);
+    window.resize(1440, 900);
     window.show();
     auto *display = new ProbeDisplay;
     display->setSignalNames({QString::fromLatin1(ProbeSignal)});
     auto *item = new DashboardItem(display);
-    item->setPos(1000, 700);
+    // Beside the demo's widgets and inside the view, so that it is painted.
+    item->setPos(1150, 60);
     window.dashboard()->scene()->addItem(item);
     LagProbe probe(display);
     display->probe = &probe;
@@ -212,7 +215,7 @@ int main(int argc, char *argv[])
         std::printf("| %.0f lines/s: frames per second | %.1f | <= 60 %s |\n", rate.linesPerSecond, f.framesPerSecond,
                     verdict(f.framesPerSecond <= 61));
         std::printf("| %.0f lines/s: lag from writing to painting, median / 99th percentile | %.1f / %.1f ms | p99 < 100 ms %s |\n",
-                    rate.linesPerSecond, f.lagMedianMs, f.lagP99Ms, verdict(f.lagP99Ms < 100.0));
+                    rate.linesPerSecond, f.lagMedianMs, f.lagP99Ms, verdict(f.lagP99Ms < 100.0)); // false for NaN
         std::fflush(stdout);
     }
     const Figures drained = measure(feeder, 0.0, &probe, window.dashboard());
