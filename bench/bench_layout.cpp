@@ -4,6 +4,7 @@
 // until the window shows the loaded dashboard (the first paint polishes
 // every new widget), how much memory the dashboard adds, and what a new
 // widget costs on a full dashboard.
+#include "BenchDemo.h"
 #include "Dashboard.h"
 #include "DashboardItem.h"
 #include "Ombrix.h"
@@ -13,7 +14,6 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QFileInfo>
 #include <QGraphicsView>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -26,9 +26,6 @@
 #include <cstdio>
 #include <memory>
 #include <vector>
-
-#include <sys/resource.h>
-#include <unistd.h>
 
 namespace {
 
@@ -51,41 +48,6 @@ public:
         std::fprintf(stderr, "bench_layout: %s\n", qPrintable(text));
     }
 };
-
-double residentMb()
-{
-    QFile statm(QStringLiteral("/proc/self/statm"));
-    if (!statm.open(QIODevice::ReadOnly))
-        return 0.0;
-    const QList<QByteArray> fields = statm.readAll().split(' ');
-    return fields.size() > 1 ? fields.at(1).toDouble() * double(sysconf(_SC_PAGESIZE)) / (1024.0 * 1024.0) : 0.0;
-}
-
-// CPU seconds of the whole process: on a shared machine the wall clock also
-// counts other people's work.
-double cpuMs()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return (usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1e3
-        + (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e3;
-}
-
-bool copyDemo(const QString &from, const QString &to)
-{
-    QDir source(from);
-    QDir().mkpath(to);
-    for (const QString &entry : source.entryList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot)) {
-        const QString path = source.filePath(entry);
-        if (QFileInfo(path).isDir()) {
-            if (!copyDemo(path, QDir(to).filePath(entry)))
-                return false;
-        } else if (!QFile::copy(path, QDir(to).filePath(entry))) {
-            return false;
-        }
-    }
-    return true;
-}
 
 QJsonArray demoRecords(const QString &project)
 {
@@ -162,8 +124,8 @@ Figures loadInto(const QString &project, const QString &layout)
     settle();
 
     Figures figures;
-    const double before = residentMb();
-    const double cpuBefore = cpuMs();
+    const double before = BenchDemo::residentMb();
+    const double cpuBefore = BenchDemo::processCpuSeconds();
     QElapsedTimer timer;
     timer.start();
     if (!window.loadLayoutFrom(layout))
@@ -174,8 +136,8 @@ Figures loadInto(const QString &project, const QString &layout)
     window.dashboard()->view()->viewport()->repaint();
     figures.paintMs = paint.nsecsElapsed() / 1e6;
     figures.loadMs = timer.nsecsElapsed() / 1e6;
-    figures.loadCpuMs = cpuMs() - cpuBefore;
-    figures.addedMb = residentMb() - before;
+    figures.loadCpuMs = (BenchDemo::processCpuSeconds() - cpuBefore) * 1e3;
+    figures.addedMb = BenchDemo::residentMb() - before;
 
     timer.restart();
     window.dashboard()->addWidget(QStringLiteral("DigitalDisplay"));
@@ -213,7 +175,7 @@ int main(int argc, char *argv[])
 
     QTemporaryDir root;
     const QString project = root.filePath(QStringLiteral("demo"));
-    if (!copyDemo(QStringLiteral(OMBRIX_SOURCE_DIR "/examples/demo"), project))
+    if (!BenchDemo::copyDemo(project))
         qFatal("bench_layout: cannot copy the demo project");
     const QJsonArray demo = demoRecords(project);
     const QString many = QDir(project).filePath(QStringLiteral("layouts/many.json"));
