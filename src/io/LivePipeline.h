@@ -28,6 +28,7 @@ public:
 
     SerialManager *serial() const { return m_serial; }
     RecordingWriter *recorder() const { return m_recorder; }
+    PortReconnector *reconnector() const { return m_reconnector; }
 
     // The project's definitions, which a simulated device ("sim:") speaks.
     void setDefinitionsPath(const QString &path);

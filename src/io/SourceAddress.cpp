@@ -24,11 +24,7 @@ bool SourceAddress::parse(const QString &text, SourceAddress *out, QString *erro
         *error = QStringLiteral("malformed address: %1").arg(url.errorString().section(QLatin1Char(';'), 0, 0));
         return false;
     }
-    if (!url.userInfo().isEmpty() || (!url.path().isEmpty() && url.path() != QLatin1String("/"))
-        || !url.fragment().isEmpty()) {
-        *error = QStringLiteral("malformed address: a %1 address has no user, path or fragment").arg(out->scheme);
-        return false;
-    }
+    out->url = url;
     out->host = url.host();
     out->port = url.port();
     out->query = QUrlQuery(url);
@@ -37,8 +33,19 @@ bool SourceAddress::parse(const QString &text, SourceAddress *out, QString *erro
 
 bool SourceAddress::requireHostAndPort(const QString &form, bool hostOptional, int minPort, QString *error) const
 {
-    if ((host.isEmpty() && !hostOptional) || port < minPort) {
+    const bool onlyHostAndPort = url.userInfo().isEmpty() && (url.path().isEmpty() || url.path() == QLatin1String("/"))
+        && !url.hasFragment();
+    if ((host.isEmpty() && !hostOptional) || port < minPort || !onlyHostAndPort) {
         *error = QStringLiteral("malformed address: expected %1 with a port from %2 to 65535").arg(form).arg(minPort);
+        return false;
+    }
+    return true;
+}
+
+bool SourceAddress::requireOptionsOnly(const QString &form, QString *error) const
+{
+    if (!host.isEmpty() || port >= 0 || !url.userInfo().isEmpty() || !url.path().isEmpty() || url.hasFragment()) {
+        *error = QStringLiteral("malformed address: expected %1").arg(form);
         return false;
     }
     return true;
@@ -65,7 +72,8 @@ bool SourceAddress::numberOption(const QString &key, double min, double max, dou
     bool ok = false;
     const double number = query.queryItemValue(key).toDouble(&ok);
     if (!ok || !std::isfinite(number) || number < min || number > max) {
-        *error = QStringLiteral("malformed address: %1 must be a number from %2 to %3").arg(key).arg(min).arg(max);
+        *error = QStringLiteral("malformed address: %1 must be a number from %2 to %3")
+                     .arg(key, QString::number(min, 'f', 0), QString::number(max, 'f', 0));
         return false;
     }
     *value = number;

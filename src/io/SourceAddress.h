@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <QUrl>
 #include <QUrlQuery>
 
 // A source named by an address rather than a serial port: "tcp://HOST:PORT",
@@ -11,6 +12,7 @@ struct SourceAddress
 {
     QString text;   // as typed
     QString scheme; // lower case, without ":"; empty for a serial port
+    QUrl url;       // all of it, for the parts a kind of source reads itself
     QString host;   // empty when not given
     int port = -1;  // -1 when not given
     QUrlQuery query;
@@ -26,7 +28,11 @@ struct SourceAddress
 
     // Checks the form a kind of source needs; each false sets *error to a
     // sentence saying what is wrong and the form expected.
+    // A host (unless optional) and a port from minPort, and nothing else
+    // before the options: no user, no path.
     bool requireHostAndPort(const QString &form, bool hostOptional, int minPort, QString *error) const;
+    // Nothing but options: "sim:" or "sim:?rate=10".
+    bool requireOptionsOnly(const QString &form, QString *error) const;
     bool allowOnlyOptions(const QStringList &keys, const QString &form, QString *error) const;
     // The value of ?key=N as a number within [min, max]; fallback when absent.
     bool numberOption(const QString &key, double min, double max, double fallback, double *value,

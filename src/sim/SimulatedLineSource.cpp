@@ -32,11 +32,8 @@ LineSource *SimulatedLineSource::create(const SourceAddress &address, const Line
 {
     double rate = DefaultRate;
     double seed = 1;
-    if (!address.host.isEmpty() || address.port >= 0) {
-        *error = QStringLiteral("malformed address: expected %1").arg(Form);
-        return nullptr;
-    }
-    if (!address.allowOnlyOptions({QStringLiteral("rate"), QStringLiteral("seed")}, Form, error)
+    if (!address.requireOptionsOnly(Form, error)
+        || !address.allowOnlyOptions({QStringLiteral("rate"), QStringLiteral("seed")}, Form, error)
         || !address.numberOption(QStringLiteral("rate"), 0, MaxRate, DefaultRate, &rate, error)
         || !address.numberOption(QStringLiteral("seed"), 0, 1e15, 1, &seed, error))
         return nullptr;
@@ -47,8 +44,9 @@ bool SimulatedLineSource::open()
 {
     SignalDefinitions defs;
     if (m_definitionsPath.isEmpty() || !defs.load(m_definitionsPath)) {
-        setErrorString(QStringLiteral("the simulated device needs the project's definitions: %1")
-                           .arg(m_definitionsPath.isEmpty() ? QStringLiteral("no project is open") : defs.lastError()));
+        setErrorString(m_definitionsPath.isEmpty()
+                           ? QStringLiteral("the simulated device needs a definition file, and none was given")
+                           : QStringLiteral("the simulated device needs the definitions: %1").arg(defs.lastError()));
         return false;
     }
     m_simulator = std::make_unique<DeviceSimulator>(defs, m_seed);
