@@ -65,8 +65,10 @@ void PortReconnector::onOpened()
 {
     if (!m_waiting)
         return;
-    stop();
-    Q_EMIT reconnected(m_settings.portName);
+    const bool ours = m_trying;
+    stop(); // opened by hand meanwhile, when not ours
+    if (ours)
+        Q_EMIT reconnected(m_settings.portName);
 }
 
 void PortReconnector::onOpenFailed()
