@@ -1,5 +1,7 @@
 #include "LineSource.h"
 
+#include <QIODevice>
+
 LineSource::LineSource(const QString &name, QObject *parent)
     : QObject(parent)
     , m_name(name)
@@ -15,4 +17,12 @@ void LineSource::fail(const QString &reason, const QString &systemText)
         Q_EMIT openFailed(reason);
     else if (was == Open)
         Q_EMIT lost(reason);
+}
+
+bool LineSource::writeAll(QIODevice *device, QByteArrayView bytes)
+{
+    if (device->write(bytes.data(), bytes.size()) == bytes.size())
+        return true;
+    m_errorString = device->errorString();
+    return false;
 }

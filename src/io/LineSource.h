@@ -4,6 +4,10 @@
 #include <QObject>
 #include <QString>
 
+QT_BEGIN_NAMESPACE
+class QIODevice;
+QT_END_NAMESPACE
+
 // One way to a device: a serial port, a TCP connection, a UDP port, a
 // simulated device. A source only moves bytes; SerialManager drives one at a
 // time and does the rest (framing, the line grammar, time stamps) alike for
@@ -42,8 +46,8 @@ public:
     // Whether read() has more right now that no further readyRead() announces
     // (bytes the source holds itself).
     virtual bool hasPendingData() const { return false; }
-    // Queues bytes for the device; false, with errorString() set, when it
-    // cannot take them (closed, opened read-only, no address to send to).
+    // Queues bytes for the device while open; false, with errorString()
+    // set, when it cannot take them (opened read-only, no address to send to).
     virtual bool write(QByteArrayView bytes) = 0;
     // Bytes write() queued that the system has not taken yet.
     virtual qint64 bytesToWrite() const { return 0; }
@@ -69,6 +73,8 @@ Q_SIGNALS:
 protected:
     void setState(State state) { m_state = state; }
     void setErrorString(const QString &text) { m_errorString = text; }
+    // Writes all of bytes to device, or sets the error string from it.
+    bool writeAll(QIODevice *device, QByteArrayView bytes);
     // Closes and emits openFailed() or lost(), as the state says. The error
     // string becomes systemText, the system's own words, when given (the
     // reason may say more than they do), else the reason.

@@ -76,19 +76,11 @@ bool SerialPortSource::hasPendingData() const
 
 bool SerialPortSource::write(QByteArrayView bytes)
 {
-    if (!isOpen()) {
-        setErrorString(QStringLiteral("the port is not open"));
-        return false;
-    }
     if (m_readOnly) {
         setErrorString(QStringLiteral("the port could only be opened for reading (no permission to write)"));
         return false;
     }
-    if (m_port->write(bytes.data(), bytes.size()) != bytes.size()) {
-        setErrorString(m_port->errorString());
-        return false;
-    }
-    return true;
+    return writeAll(m_port, bytes);
 }
 
 qint64 SerialPortSource::bytesToWrite() const

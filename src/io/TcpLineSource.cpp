@@ -102,15 +102,7 @@ bool TcpLineSource::hasPendingData() const
 
 bool TcpLineSource::write(QByteArrayView bytes)
 {
-    if (!isOpen()) {
-        setErrorString(QStringLiteral("not connected"));
-        return false;
-    }
-    if (m_socket->write(bytes.data(), bytes.size()) != bytes.size()) {
-        setErrorString(m_socket->errorString());
-        return false;
-    }
-    return true;
+    return writeAll(m_socket, bytes);
 }
 
 qint64 TcpLineSource::bytesToWrite() const

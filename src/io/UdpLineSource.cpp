@@ -97,7 +97,8 @@ qint64 UdpLineSource::read(char *data, qint64 maxSize)
         const qint64 size = m_socket->pendingDatagramSize();
         if (size > MaxDatagramBytes || size <= 0) {
             char discard = 0;
-            m_socket->readDatagram(&discard, 1); // the rest of it goes with it
+            if (m_socket->readDatagram(&discard, 1) < 0) // the rest of it goes with it
+                break;
             m_dropped += size > 0 ? 1 : 0;
             continue;
         }
@@ -122,16 +123,14 @@ bool UdpLineSource::hasPendingData() const
 bool UdpLineSource::write(QByteArrayView bytes)
 {
     const bool toReply = !m_replyAddress.isNull();
-    if (!isOpen() || (!toReply && m_sender.isNull())) {
-        setErrorString(isOpen() ? QStringLiteral("no device to send to yet: no datagram has arrived and no "
-                                                 "?reply=HOST:PORT was given")
-                                : QStringLiteral("the port is not open"));
+    if (!toReply && m_sender.isNull()) {
+        setErrorString(QStringLiteral("no device to send to yet: no datagram has arrived and no "
+                                      "?reply=HOST:PORT was given"));
         return false;
     }
-    const QByteArray datagram = bytes.toByteArray();
-    const qint64 sent = toReply ? m_socket->writeDatagram(datagram, m_replyAddress, m_replyPort)
-                                : m_socket->writeDatagram(datagram, m_sender, m_senderPort);
-    if (sent != datagram.size()) {
+    const qint64 sent = m_socket->writeDatagram(bytes.data(), bytes.size(), toReply ? m_replyAddress : m_sender,
+                                                toReply ? m_replyPort : m_senderPort);
+    if (sent != bytes.size()) {
         setErrorString(m_socket->errorString());
         return false;
     }

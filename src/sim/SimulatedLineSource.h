@@ -43,9 +43,6 @@ public:
     bool hasPendingData() const override;
     bool write(QByteArrayView bytes) override;
 
-    // Commands taken since opening.
-    qint64 commandBytes() const { return m_commandBytes; }
-
 private:
     // At full speed, lines are made while fewer than this many bytes wait.
     static constexpr qsizetype FullSpeedLowBytes = 256 * 1024;
@@ -61,5 +58,4 @@ private:
     QByteArray m_pending;
     qsizetype m_readPos = 0;
     qint64 m_produced = 0;
-    qint64 m_commandBytes = 0;
 };
