@@ -198,11 +198,12 @@ void tst_LineSources::udpDatagramsAndCommands()
 void tst_LineSources::failuresNameTheReason_data()
 {
     QTest::addColumn<QString>("source");
-    QTest::addColumn<QString>("reason"); // a part of the system's reason
+    QTest::addColumn<QString>("reason"); // a pattern the system's reason matches
 
     QTest::newRow("connection refused") << QStringLiteral("tcp://127.0.0.1:%1").arg(closedTcpPort())
                                         << "refused";
-    QTest::newRow("unknown host") << "tcp://no-such-host.invalid:5000" << "not found";
+    // Without a name server the lookup fails for that reason instead.
+    QTest::newRow("unknown host") << "tcp://no-such-host.invalid:5000" << "not found|name resolution";
     QTest::newRow("port in use") << QStringLiteral("udp://127.0.0.1:%1").arg(m_busyUdp.localPort()) << "in use";
     QTest::newRow("malformed address") << "tcp://127.0.0.1" << "malformed address";
 }
@@ -221,7 +222,8 @@ void tst_LineSources::failuresNameTheReason()
     QCOMPARE(started, source.startsWith(QLatin1String("tcp")) && reason != QLatin1String("malformed address"));
     QCOMPARE(failed.at(0).at(0).toString(), source);
     const QString why = failed.at(0).at(1).toString();
-    QVERIFY2(why.contains(reason, Qt::CaseInsensitive), qPrintable(why));
+    QVERIFY2(QRegularExpression(reason, QRegularExpression::CaseInsensitiveOption).match(why).hasMatch(),
+             qPrintable(why));
     QCOMPARE(errors.count(), 1);
     QVERIFY(!manager.isOpen() && !manager.isOpening());
 }
