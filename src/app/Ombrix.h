@@ -8,6 +8,7 @@
 
 #include <memory>
 
+class CommandBar;
 class Dashboard;
 class FileActions;
 class LiveInput;
@@ -90,6 +91,9 @@ public:
     // The projects opened and recordings played, newest first, kept in the settings.
     RecentFiles &recentProjects() const { return *m_recentProjects; }
     RecentFiles &recentRecordings() const { return *m_recentRecordings; }
+    // The sources opened, newest first, without passwords.
+    RecentFiles &recentSources() const { return *m_recentSources; }
+    CommandBar *commandBar() const { return m_commandBar; }
     WidgetPalette *palette() const { return m_palette; }
     Dashboard *dashboard() const { return m_dashboard; }
     SerialManager *serialManager() const;
@@ -132,6 +136,10 @@ private:
     void connectToolBars();
     void connectMenus();
     void connectRecentFiles();
+    void connectCommands();
+    void connectSources();
+    // Opens source instead of whatever is open.
+    void switchSource(const QString &source);
     void showMode(OperatingMode mode);
     void setFullScreen(bool on);
     void showShortcuts();
@@ -149,6 +157,8 @@ private:
     MainMenus *m_menus = nullptr;
     std::unique_ptr<RecentFiles> m_recentProjects;
     std::unique_ptr<RecentFiles> m_recentRecordings;
+    std::unique_ptr<RecentFiles> m_recentSources;
+    CommandBar *m_commandBar = nullptr;
     WidgetPalette *m_palette = nullptr;
     Dashboard *m_dashboard = nullptr;
     SignalRouter *m_router = nullptr;

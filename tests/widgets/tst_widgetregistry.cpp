@@ -19,7 +19,8 @@ private Q_SLOTS:
     {
         DashboardWidgetFactory &factory = DashboardWidgetFactory::instance();
         const QStringList tableOrder{"AnalogGauge", "DigitalDisplay", "BarGraph", "Line", "TextLabel", "TrendPlot",
-                                     "StateIndicator", "ErrorConsole", "MessagesConsole", "Image", "XYPlot"};
+                                     "StateIndicator", "ErrorConsole", "MessagesConsole", "Image", "XYPlot",
+                                     "CommandButton", "SetpointControl"};
         for (const QString &typeName : tableOrder) {
             std::unique_ptr<DashboardWidget> widget(factory.create(typeName));
             QVERIFY(widget && !widget->parent());
@@ -29,7 +30,7 @@ private Q_SLOTS:
         }
         QVERIFY(!factory.iconFor(QStringLiteral("NoSuchWidget")).pixmap(24, 24).isNull());
 
-        // Registering again keeps one entry each, eleven in the palette's order.
+        // Registering again keeps one entry each, the eleven displays then the two controls.
         factory.registerBuiltInTypes();
         QCOMPARE(factory.typeNames(), tableOrder);
     }
@@ -39,7 +40,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("path");
         for (const char *name : {"design", "save", "load", "record", "stop", "pause", "play", "connect", "export",
                                  "gauge", "display", "bar_chart", "line", "text", "line_chart", "state",
-                                 "error_console", "message-console", "image-icon", "xy_plot", "default", "ombrix"})
+                                 "error_console", "message-console", "image-icon", "xy_plot", "command_button", "setpoint",
+                                 "default", "ombrix"})
             QTest::newRow(name) << QStringLiteral(":/icons/%1.png").arg(QLatin1String(name));
     }
 
