@@ -3,6 +3,7 @@
 #include "PortReconnector.h"
 #include "RecordingWriter.h"
 #include "SerialManager.h"
+#include "SourceAddress.h"
 
 LivePipeline::LivePipeline(QObject *parent)
     : CommandSink(parent)
@@ -67,6 +68,11 @@ void LivePipeline::setReconnect(bool on)
         m_reconnector->start(m_lost);
 }
 
+QString LivePipeline::lostSourceName() const
+{
+    return SourceAddress::displayName(m_lost.portName);
+}
+
 bool LivePipeline::isWaitingToReconnect() const
 {
     return m_reconnector->isWaiting();
@@ -97,7 +103,7 @@ bool LivePipeline::canSendCommands(QString *reason) const
     if (m_serial->isOpening())
         why = QStringLiteral("%1 is still connecting").arg(name);
     else if (!m_lost.portName.isEmpty())
-        why = QStringLiteral("%1 was lost").arg(m_lost.portName);
+        why = QStringLiteral("%1 was lost").arg(lostSourceName());
     else
         why = QStringLiteral("no source is open");
     if (reason)

@@ -42,6 +42,7 @@ public:
     bool isOpen() const;
     // A connection is being set up.
     bool isOpening() const;
+    // The source's name as messages show it, without any password in it.
     QString portName() const;
     // The settings of the last open(), successful or not.
     SerialSettings settings() const { return m_settings; }

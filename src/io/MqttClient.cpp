@@ -1,0 +1,354 @@
+#include "MqttClient.h"
+
+#include <QFile>
+#include <QSocketNotifier>
+#include <QTimer>
+
+#include <mosquitto.h>
+
+#include <cerrno>
+#include <cstring>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+
+namespace {
+
+// The library's global state, set up once for the whole program.
+void initLibrary()
+{
+    static const bool initialised = [] {
+        mosquitto_lib_init();
+        return true;
+    }();
+    Q_UNUSED(initialised);
+}
+
+// Packets read in one go before the event loop gets a turn.
+constexpr int MaxPacketsPerRead = 256;
+constexpr int KeepAliveStepMs = 1000;
+
+} // namespace
+
+QString MqttBroker::name() const
+{
+    return host.contains(QLatin1Char(':')) ? QStringLiteral("[%1]:%2").arg(host).arg(port)
+                                           : QStringLiteral("%1:%2").arg(host).arg(port);
+}
+
+MqttClient::MqttClient(QObject *parent)
+    : QObject(parent)
+    , m_keepAlive(new QTimer(this))
+    , m_connectTimeout(new QTimer(this))
+{
+    initLibrary();
+    m_keepAlive->setInterval(KeepAliveStepMs);
+    connect(m_keepAlive, &QTimer::timeout, this, &MqttClient::onKeepAlive);
+    m_connectTimeout->setSingleShot(true);
+    m_connectTimeout->setInterval(ConnectTimeoutMs);
+    connect(m_connectTimeout, &QTimer::timeout, this, [this] {
+        endConnection(QStringLiteral("no answer within %1 seconds").arg(ConnectTimeoutMs / 1000));
+    });
+}
+
+MqttClient::~MqttClient()
+{
+    m_inLibrary = 0;
+    release();
+}
+
+bool MqttClient::connectToBroker(const MqttBroker &broker, QString *error)
+{
+    disconnectFromBroker();
+    m_brokerName = broker.name();
+    m_lastError.clear();
+    m_tls = broker.tls;
+    m_reached = false;
+    // A clean session under a name the library makes up: nothing is left
+    // at the broker from one connection to the next.
+    m_mosq = mosquitto_new(nullptr, true, this);
+    if (!m_mosq) {
+        *error = QString::fromLocal8Bit(std::strerror(errno));
+        return false;
+    }
+    mosquitto_int_option(m_mosq, MOSQ_OPT_PROTOCOL_VERSION, MQTT_PROTOCOL_V311);
+    // The owner decides how much is under way.
+    mosquitto_max_inflight_messages_set(m_mosq, 0);
+    mosquitto_connect_callback_set(m_mosq, &MqttClient::onConnectCallback);
+    mosquitto_disconnect_callback_set(m_mosq, &MqttClient::onDisconnectCallback);
+    mosquitto_message_callback_set(m_mosq, &MqttClient::onMessageCallback);
+    mosquitto_publish_callback_set(m_mosq, &MqttClient::onPublishCallback);
+    mosquitto_log_callback_set(m_mosq, &MqttClient::onLogCallback);
+
+    int rc = MOSQ_ERR_SUCCESS;
+    if (!broker.user.isEmpty()) {
+        rc = mosquitto_username_pw_set(m_mosq, broker.user.toUtf8().constData(),
+                                       broker.password.isEmpty() ? nullptr : broker.password.toUtf8().constData());
+    }
+    if (rc == MOSQ_ERR_SUCCESS && broker.tls) {
+        if (broker.caFile.isEmpty())
+            rc = mosquitto_int_option(m_mosq, MOSQ_OPT_TLS_USE_OS_CERTS, 1);
+        else
+            rc = mosquitto_tls_set(m_mosq, QFile::encodeName(broker.caFile).constData(), nullptr, nullptr, nullptr,
+                                   nullptr);
+        if (rc != MOSQ_ERR_SUCCESS && !broker.caFile.isEmpty()) {
+            *error = QStringLiteral("cannot read the certificate file %1").arg(broker.caFile);
+            release();
+            return false;
+        }
+    }
+    if (rc == MOSQ_ERR_SUCCESS) {
+        errno = 0;
+        rc = mosquitto_connect_async(m_mosq, broker.host.toUtf8().constData(), broker.port, KeepAliveSeconds);
+    }
+    if (rc != MOSQ_ERR_SUCCESS && rc != MOSQ_ERR_CONN_PENDING) {
+        *error = describe(rc);
+        release();
+        return false;
+    }
+    m_state = Connecting;
+    const int socket = mosquitto_socket(m_mosq);
+    m_readNotifier = new QSocketNotifier(socket, QSocketNotifier::Read, this);
+    m_writeNotifier = new QSocketNotifier(socket, QSocketNotifier::Write, this);
+    connect(m_readNotifier, &QSocketNotifier::activated, this, &MqttClient::onReadable);
+    connect(m_writeNotifier, &QSocketNotifier::activated, this, &MqttClient::onWritable);
+    m_keepAlive->start();
+    m_connectTimeout->start();
+    return true;
+}
+
+void MqttClient::disconnectFromBroker()
+{
+    if (!m_mosq)
+        return;
+    if (m_state == Connected) {
+        ++m_inLibrary;
+        mosquitto_disconnect(m_mosq);
+        // What is queued leaves now, while the socket is still there.
+        for (int i = 0; i < 100 && mosquitto_want_write(m_mosq); ++i) {
+            if (mosquitto_loop_write(m_mosq, 1) != MOSQ_ERR_SUCCESS)
+                break;
+        }
+        --m_inLibrary;
+    }
+    m_state = Disconnected;
+    release();
+}
+
+bool MqttClient::subscribe(const QByteArray &topic, int qos, QString *error)
+{
+    if (!m_mosq || m_state != Connected) {
+        *error = QStringLiteral("not connected");
+        return false;
+    }
+    const int rc = mosquitto_subscribe(m_mosq, nullptr, topic.constData(), qos);
+    if (rc != MOSQ_ERR_SUCCESS) {
+        *error = describe(rc);
+        return false;
+    }
+    updateWriteInterest();
+    return true;
+}
+
+int MqttClient::publish(const QByteArray &topic, QByteArrayView payload, int qos, QString *error)
+{
+    if (!m_mosq || m_state != Connected) {
+        *error = QStringLiteral("not connected to the broker at %1").arg(m_brokerName);
+        return -1;
+    }
+    int messageId = 0;
+    ++m_inLibrary;
+    const int rc =
+        mosquitto_publish(m_mosq, &messageId, topic.constData(), int(payload.size()), payload.data(), qos, false);
+    --m_inLibrary;
+    if (rc != MOSQ_ERR_SUCCESS) {
+        *error = describe(rc);
+        // A write that found the connection gone ends it.
+        if (rc == MOSQ_ERR_NO_CONN || rc == MOSQ_ERR_CONN_LOST || rc == MOSQ_ERR_ERRNO)
+            endConnection(*error);
+        else if (m_releaseLater)
+            release();
+        return -1;
+    }
+    if (m_releaseLater)
+        release();
+    else
+        updateWriteInterest();
+    return messageId;
+}
+
+bool MqttClient::isValidFilter(const QByteArray &topic)
+{
+    return !topic.isEmpty() && mosquitto_sub_topic_check(topic.constData()) == MOSQ_ERR_SUCCESS;
+}
+
+bool MqttClient::isValidTopic(const QByteArray &topic)
+{
+    return !topic.isEmpty() && mosquitto_pub_topic_check(topic.constData()) == MOSQ_ERR_SUCCESS;
+}
+
+void MqttClient::onReadable()
+{
+    if (!m_mosq)
+        return;
+    ++m_inLibrary;
+    int rc = MOSQ_ERR_SUCCESS;
+    // Everything that waits, up to a bound that keeps the window painting.
+    for (int i = 0; i < MaxPacketsPerRead && m_mosq && !m_releaseLater; ++i) {
+        rc = mosquitto_loop_read(m_mosq, 1);
+        int waiting = 0;
+        if (rc != MOSQ_ERR_SUCCESS || ::ioctl(mosquitto_socket(m_mosq), FIONREAD, &waiting) != 0 || waiting <= 0)
+            break;
+    }
+    --m_inLibrary;
+    handleResult(rc);
+}
+
+void MqttClient::onWritable()
+{
+    if (!m_mosq)
+        return;
+    if (m_state == Connecting) {
+        // A connection still being made that failed says why only here.
+        int socketError = 0;
+        socklen_t length = sizeof socketError;
+        if (::getsockopt(mosquitto_socket(m_mosq), SOL_SOCKET, SO_ERROR, &socketError, &length) == 0
+            && socketError != 0) {
+            endConnection(QString::fromLocal8Bit(std::strerror(socketError)));
+            return;
+        }
+        m_reached = true;
+    }
+    ++m_inLibrary;
+    const int rc = mosquitto_loop_write(m_mosq, 1);
+    --m_inLibrary;
+    handleResult(rc);
+}
+
+void MqttClient::onKeepAlive()
+{
+    if (!m_mosq)
+        return;
+    ++m_inLibrary;
+    const int rc = mosquitto_loop_misc(m_mosq);
+    --m_inLibrary;
+    handleResult(rc);
+}
+
+void MqttClient::handleResult(int rc)
+{
+    if (m_releaseLater) {
+        release();
+        return;
+    }
+    if (!m_mosq)
+        return;
+    if (rc != MOSQ_ERR_SUCCESS && rc != MOSQ_ERR_CONN_PENDING) {
+        endConnection(describe(rc));
+        return;
+    }
+    updateWriteInterest();
+}
+
+void MqttClient::updateWriteInterest()
+{
+    if (m_mosq && m_writeNotifier)
+        m_writeNotifier->setEnabled(m_state == Connecting || mosquitto_want_write(m_mosq));
+}
+
+void MqttClient::endConnection(const QString &text)
+{
+    const State was = m_state;
+    // A broker reached that drops the line before it answers refused the handshake.
+    const bool handshake = was == Connecting && m_tls && m_reached && !text.startsWith(QLatin1String("TLS"));
+    const QString reason = handshake ? QStringLiteral("TLS failure: %1").arg(text) : text;
+    m_state = Disconnected;
+    release();
+    if (was == Connecting)
+        Q_EMIT connectFailed(reason);
+    else if (was == Connected)
+        Q_EMIT disconnected(reason);
+}
+
+// The library's object may be in the middle of a call that emitted: it goes
+// once that call has returned.
+void MqttClient::release()
+{
+    m_state = Disconnected;
+    m_keepAlive->stop();
+    m_connectTimeout->stop();
+    for (QSocketNotifier *notifier : {m_readNotifier, m_writeNotifier}) {
+        if (notifier) {
+            notifier->setEnabled(false);
+            notifier->deleteLater();
+        }
+    }
+    m_readNotifier = nullptr;
+    m_writeNotifier = nullptr;
+    if (!m_mosq)
+        return;
+    if (m_inLibrary > 0) {
+        m_releaseLater = true;
+        return;
+    }
+    m_releaseLater = false;
+    mosquitto_destroy(m_mosq);
+    m_mosq = nullptr;
+}
+
+QString MqttClient::describe(int rc) const
+{
+    if (rc == MOSQ_ERR_ERRNO && errno != 0)
+        return QString::fromLocal8Bit(std::strerror(errno));
+    if (rc == MOSQ_ERR_TLS || rc == MOSQ_ERR_TLS_HANDSHAKE) {
+        return m_lastError.isEmpty() ? QStringLiteral("TLS failure")
+                                     : QStringLiteral("TLS failure: %1").arg(m_lastError);
+    }
+    if (rc == MOSQ_ERR_EAI)
+        return QStringLiteral("the broker's host name is unknown");
+    if (rc == MOSQ_ERR_CONN_LOST)
+        return QStringLiteral("the broker closed the connection");
+    return QString::fromUtf8(mosquitto_strerror(rc));
+}
+
+void MqttClient::onConnectCallback(mosquitto *, void *self, int rc)
+{
+    auto *client = static_cast<MqttClient *>(self);
+    if (client->m_state != Connecting)
+        return;
+    client->m_reached = false; // it answered: any handshake is over
+    if (rc != 0) {
+        client->endConnection(QStringLiteral("the broker refused the connection (%1)")
+                                  .arg(QString::fromUtf8(mosquitto_connack_string(rc))));
+        return;
+    }
+    client->m_connectTimeout->stop();
+    client->m_state = Connected;
+    Q_EMIT client->connected();
+}
+
+void MqttClient::onDisconnectCallback(mosquitto *, void *self, int rc)
+{
+    auto *client = static_cast<MqttClient *>(self);
+    if (rc != 0 && client->m_state != Disconnected)
+        client->endConnection(client->describe(rc));
+}
+
+void MqttClient::onMessageCallback(mosquitto *, void *self, const mosquitto_message *message)
+{
+    auto *client = static_cast<MqttClient *>(self);
+    if (client->m_state != Connected)
+        return;
+    Q_EMIT client->messageReceived(QByteArrayView(message->topic, qstrlen(message->topic)),
+                                   QByteArrayView(static_cast<const char *>(message->payload), message->payloadlen));
+}
+
+void MqttClient::onPublishCallback(mosquitto *, void *self, int messageId)
+{
+    Q_EMIT static_cast<MqttClient *>(self)->published(messageId);
+}
+
+void MqttClient::onLogCallback(mosquitto *, void *self, int level, const char *text)
+{
+    if (level & MOSQ_LOG_ERR)
+        static_cast<MqttClient *>(self)->m_lastError = QString::fromUtf8(text);
+}
