@@ -1,0 +1,221 @@
+#include "CliRun.h"
+#include "TestBroker.h"
+#include "TestFiles.h"
+
+#include <QDirIterator>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+
+const QString DemoDefinitions = QStringLiteral(OMBRIX_SOURCE_DIR "/examples/demo/dashboard_signals.def");
+
+QByteArray deviceLine(int i)
+{
+    return QByteArray::number(i) + " A=" + QByteArray::number(i) + '\n';
+}
+
+// Every file under dir, concatenated.
+QByteArray everythingIn(const QString &dir)
+{
+    QByteArray all;
+    QDirIterator it(dir, QDir::Files, QDirIterator::Subdirectories);
+    while (it.hasNext())
+        all += readFile(it.next());
+    return all;
+}
+
+} // namespace
+
+// ombrix-cli bridge, record and send through a real mosquitto broker, side
+// by side with the broker's own clients.
+class tst_CliMqtt : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY2(m_broker.start(), m_broker.log().constData()); }
+    void init()
+    {
+        m_project = std::make_unique<QTemporaryDir>();
+        QVERIFY(writeFile(m_project->filePath("dashboard_signals.def"), "DASHBOARD_SIGNAL(A, \"Alpha\", float)\n"));
+    }
+
+    void bridgeRecordAndSendThroughTheBroker();
+    void brokerRestartLosesNoQueuedLine();
+    void failuresExitOneNamingTheBroker_data();
+    void failuresExitOneNamingTheBroker();
+    void passwordIsNeverShown();
+
+private:
+    // Starts ombrix-cli and waits until its stderr holds ready.
+    bool start(QProcess &process, const QStringList &args, const QByteArray &ready)
+    {
+        process.setReadChannel(QProcess::StandardError);
+        process.start(CliRun::program(), args);
+        QElapsedTimer waited;
+        waited.start();
+        while (waited.elapsed() < 15000 && process.state() != QProcess::NotRunning) {
+            if (process.peek(1 << 20).contains(ready))
+                return true;
+            process.waitForReadyRead(100);
+        }
+        return false;
+    }
+
+    // Stops a bridge as a service manager does; its exit code.
+    static int terminate(QProcess &process)
+    {
+        process.terminate();
+        return process.waitForFinished(15000) && process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    }
+
+    TestBroker m_broker;
+    std::unique_ptr<QTemporaryDir> m_project;
+};
+
+// A simulated device bridged to rig2: mosquitto_sub sees its lines, record
+// takes 1,000 of them, a line from mosquitto_pub on another topic is
+// recorded, and send reaches rig2/cmd.
+void tst_CliMqtt::bridgeRecordAndSendThroughTheBroker()
+{
+    QProcess bridge;
+    QVERIFY(start(bridge, {"bridge", "--port", "sim:?rate=500", "--def", DemoDefinitions, "--to", m_broker.url("rig2")},
+                  "bridging"));
+
+    QProcess watcher;
+    QVERIFY(m_broker.subscribe(watcher, "rig2", {"-C", "2"}));
+    QVERIFY(watcher.waitForFinished(10000));
+    QVERIFY(TestBroker::messages(watcher.readAll()).contains("SPEED="));
+
+    const CliRun recorded = CliRun::run({"record", "--port", m_broker.url("rig2"), "--project", m_project->path(),
+                                         "--lines", "1000"});
+    QCOMPARE(recorded.exitCode, 0);
+    QVERIFY2(recorded.err.contains("1000 lines received"), recorded.err.constData());
+
+    QProcess other;
+    QVERIFY(start(other, {"record", "--port", m_broker.url("lab/+"), "--project", m_project->path(), "--lines", "1"},
+                  "recording"));
+    QVERIFY(m_broker.publish("lab/rig9", "7.5 TEMP=21.5 hello\n"));
+    QVERIFY(other.waitForFinished(10000));
+    QCOMPARE(other.exitCode(), 0);
+    QVERIFY(readFile(QString::fromUtf8(other.readAllStandardOutput()).trimmed()).contains("TEMP=21.5"));
+
+    QProcess device;
+    QVERIFY(m_broker.subscribe(device, "rig2/cmd", {"-C", "1"}));
+    const CliRun sent = CliRun::run({"send", "--port", m_broker.url("rig2"), "START"});
+    QCOMPARE(sent.exitCode, 0);
+    QVERIFY(device.waitForFinished(10000));
+    QCOMPARE(TestBroker::messages(device.readAll()), QByteArray("START\n\n"));
+
+    QCOMPARE(terminate(bridge), 0);
+    QVERIFY(bridge.readAllStandardError().contains("stopped: "));
+}
+
+// The broker stops while the device keeps sending: what the bridge queued
+// arrives, in order, once the broker is back. Commands reach the device.
+void tst_CliMqtt::brokerRestartLosesNoQueuedLine()
+{
+    constexpr int Lines = 1000;
+    TestBroker broker;
+    QVERIFY(broker.start());
+    QTcpServer deviceServer;
+    QVERIFY(deviceServer.listen(QHostAddress::LocalHost));
+    // A subscriber whose session the broker keeps across the restart.
+    QProcess watcher;
+    QVERIFY(broker.subscribe(watcher, "rig", {"-c", "-i", "watcher", "-q", "1"}));
+    QProcess bridge;
+    QVERIFY(start(bridge, {"bridge", "--port", QStringLiteral("tcp://127.0.0.1:%1").arg(deviceServer.serverPort()),
+                           "--to", broker.url("rig")},
+                  "bridging"));
+    QVERIFY(deviceServer.hasPendingConnections() || deviceServer.waitForNewConnection(5000));
+    QTcpSocket *device = deviceServer.nextPendingConnection();
+
+    QByteArray expected;
+    for (int i = 0; i < Lines; ++i)
+        expected += deviceLine(i);
+    device->write(expected.left(expected.indexOf("500 A=")));
+    QTRY_VERIFY_WITH_TIMEOUT(watcher.peek(1 << 20).contains(deviceLine(499)), 10000);
+
+    broker.stop();
+    QTRY_VERIFY_WITH_TIMEOUT(bridge.peek(1 << 20).contains("lines are queued"), 10000);
+    device->write(expected.mid(expected.indexOf("500 A=")));
+    QTest::qWait(300); // the bridge takes them in while the broker is away
+    QVERIFY(broker.start());
+    QTRY_VERIFY_WITH_TIMEOUT(watcher.peek(1 << 20).contains(deviceLine(Lines - 1)), 20000);
+    // QoS 1 may deliver a batch twice; it never skips one.
+    const QByteArray received = TestBroker::messages(watcher.readAll());
+    qsizetype at = 0;
+    for (int i = 0; i < Lines; ++i) {
+        at = received.indexOf(deviceLine(i), at);
+        QVERIFY2(at >= 0, deviceLine(i).constData());
+    }
+
+    QVERIFY(broker.publish("rig/cmd", "LOAD_SET=40"));
+    QTRY_VERIFY2(device->bytesAvailable() > 0, bridge.peek(1 << 20).constData());
+    QCOMPARE(device->readAll(), QByteArray("LOAD_SET=40\n"));
+    QCOMPARE(terminate(bridge), 0);
+    QVERIFY2(bridge.readAllStandardError().contains("0 dropped, 0 left queued, 1 commands written"),
+             bridge.readAllStandardError().constData());
+    watcher.kill();
+    watcher.waitForFinished();
+}
+
+void tst_CliMqtt::failuresExitOneNamingTheBroker_data()
+{
+    QTest::addColumn<QStringList>("args");
+    QTest::addColumn<QString>("message"); // the one line on stderr, after "ombrix-cli <command>: "
+    const QString wildcard = m_broker.url("rigs/#");
+    QTest::newRow("record, no broker") << QStringList{"record", "--port", "mqtt://127.0.0.1:1/x"}
+                                       << "cannot open mqtt://127.0.0.1:1/x: broker 127.0.0.1:1: Connection refused";
+    QTest::newRow("bridge, no broker")
+        << QStringList{"bridge", "--port", "sim:", "--def", DemoDefinitions, "--to", "mqtt://127.0.0.1:1/x"}
+        << "cannot reach the broker at 127.0.0.1:1: Connection refused";
+    QTest::newRow("send, wildcard") << QStringList{"send", "--port", wildcard, "START"}
+                                    << "cannot write to " + wildcard + ": commands cannot go to the wildcard topic";
+}
+
+void tst_CliMqtt::failuresExitOneNamingTheBroker()
+{
+    QFETCH(QStringList, args);
+    QFETCH(QString, message);
+    const CliRun run = CliRun::run(args + QStringList{"--project", m_project->path()});
+    QCOMPARE(run.exitCode, 1);
+    QCOMPARE(run.err.count('\n'), 1);
+    QVERIFY2(run.err.startsWith(QByteArray("ombrix-cli " + args.at(0).toUtf8() + ": " + message.toUtf8())), run.err.constData());
+}
+
+// Neither a refused login nor a recording made with the password shows it:
+// not on the terminal, not in the recording or anything beside it.
+void tst_CliMqtt::passwordIsNeverShown()
+{
+    TestBroker broker;
+    QVERIFY(broker.requirePassword("ann", "Pa55word"));
+    QVERIFY(broker.start());
+    const QString at = QStringLiteral("@127.0.0.1:%1/rig").arg(broker.port());
+
+    const CliRun refused = CliRun::run({"record", "--port", "mqtt://ann:Wr0ngpass" + at, "--project", m_project->path()});
+    QCOMPARE(refused.exitCode, 1);
+    QVERIFY2(refused.err.contains(QByteArray("cannot open mqtt://ann" + at.toUtf8() + ": broker 127.0.0.1:"))
+                 && refused.err.contains("not authorised"),
+             refused.err.constData());
+    QVERIFY(!refused.err.contains("Wr0ngpass"));
+
+    QProcess recorder;
+    QVERIFY(start(recorder, {"record", "--port", "mqtt://ann:Pa55word" + at, "--project", m_project->path(), "--lines",
+                             "1"},
+                  "recording"));
+    QVERIFY(broker.publish("rig", "1 A=1\n", {"-u", "ann", "-P", "Pa55word"}));
+    QVERIFY(recorder.waitForFinished(10000));
+    QCOMPARE(recorder.exitCode(), 0);
+    const QByteArray shown = recorder.readAllStandardOutput() + recorder.readAllStandardError();
+    QVERIFY2(shown.contains(QByteArray("mqtt://ann" + at.toUtf8())) && !shown.contains("Pa55word"), shown.constData());
+    const QByteArray files = everythingIn(m_project->path()) + everythingIn(qEnvironmentVariable("HOME"));
+    QVERIFY(files.contains("A=1"));
+    QVERIFY(!files.contains("Pa55word"));
+}
+
+QTEST_GUILESS_MAIN(tst_CliMqtt)
+#include "tst_cli_mqtt.moc"
