@@ -56,6 +56,8 @@ public:
     // whole, since the source was made.
     virtual qint64 oversizedDropped() const { return 0; }
     virtual qint64 maxInputBytes() const { return 0; }
+    // What such a unit is called in messages ("datagram", "message").
+    virtual QString inputUnitName() const { return QStringLiteral("input"); }
 
 Q_SIGNALS:
     // The source is open now (also emitted from within a successful open()).

@@ -37,6 +37,7 @@ public:
     qint64 bytesToWrite() const override { return m_unackedBytes; }
     qint64 oversizedDropped() const override { return m_dropped; }
     qint64 maxInputBytes() const override;
+    QString inputUnitName() const override { return QStringLiteral("message"); }
 
 private:
     void onConnected();

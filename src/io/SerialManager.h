@@ -91,8 +91,9 @@ Q_SIGNALS:
     // A line longer than LineFramer::MaxLineBytes (maxBytes) was dropped
     // instead of kept; emitted once per such line, as soon as it is known.
     void overlongLineDropped(double timestamp, qint64 maxBytes);
-    // Units of input larger than the source takes (datagrams over maxBytes)
-    // were dropped whole; total counts them since opening.
+    // Units of input larger than the source takes (datagrams or messages
+    // over maxBytes, see LineSource::inputUnitName()) were dropped whole;
+    // total counts them since opening.
     void oversizedInputDropped(qint64 maxBytes, qint64 total);
     // The source is open: at once for a port, once connected for a network source.
     void sourceOpened(const QString &portName);

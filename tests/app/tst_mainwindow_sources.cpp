@@ -68,9 +68,10 @@ private Q_SLOTS:
         QCOMPARE(f.window->mode(), Ombrix::Record);
     }
 
-    // A broker topic moves the dashboard and is recorded; the password in
-    // its address shows nowhere: not in the title, the status bar, the
-    // tool tips, the recording or the settings.
+    // A broker topic moves the dashboard, is recorded, and is listened to
+    // again when the broker is back; the password in its address shows
+    // nowhere: not in the title, the status bar, the tool tips, the
+    // recording or the settings.
     void brokerPasswordIsNeverShown()
     {
         TestBroker broker;
@@ -91,8 +92,13 @@ private Q_SLOTS:
         QVERIFY(broker.publish(QStringLiteral("rig"), "TEMP=21\n", login));
         QTRY_COMPARE(gauge->value(), 21.0);
         f.window->stopButton();
+        f.window->toolBars()->reconnectBox->setChecked(true);
         broker.stop();
         QTRY_VERIFY(seen.join(u'\n').contains(shown + QLatin1String(" lost")));
+        QVERIFY(broker.start());
+        QTRY_VERIFY_WITH_TIMEOUT(seen.join(u'\n').contains(shown + QLatin1String(" is back")), 10000);
+        QVERIFY(broker.publish(QStringLiteral("rig"), "TEMP=22\n", login));
+        QTRY_COMPARE(gauge->value(), 22.0);
 
         QString everything = seen.join(u'\n') + f.window->windowTitle()
             + f.window->toolBars()->connectButton->toolTip()
