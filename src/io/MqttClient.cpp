@@ -207,7 +207,7 @@ void MqttClient::onWritable()
 {
     if (!m_mosq)
         return;
-    if (m_state == Connecting) {
+    if (m_state == Connecting && !m_reached) {
         // A connection still being made that failed says why only here.
         int socketError = 0;
         socklen_t length = sizeof socketError;
@@ -251,8 +251,10 @@ void MqttClient::handleResult(int rc)
 
 void MqttClient::updateWriteInterest()
 {
+    // Until the connection is made, writable means made (or failed).
+    const bool unreached = m_state == Connecting && !m_reached;
     if (m_mosq && m_writeNotifier)
-        m_writeNotifier->setEnabled(m_state == Connecting || mosquitto_want_write(m_mosq));
+        m_writeNotifier->setEnabled(unreached || mosquitto_want_write(m_mosq));
 }
 
 void MqttClient::endConnection(const QString &text)
