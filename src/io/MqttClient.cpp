@@ -63,6 +63,7 @@ bool MqttClient::connectToBroker(const MqttBroker &broker, QString *error)
     m_lastError.clear();
     m_tls = broker.tls;
     m_reached = false;
+    m_answered = false;
     // A clean session under a name the library makes up: nothing is left
     // at the broker from one connection to the next.
     m_mosq = mosquitto_new(nullptr, true, this);
@@ -213,7 +214,8 @@ void MqttClient::onWritable()
         socklen_t length = sizeof socketError;
         if (::getsockopt(mosquitto_socket(m_mosq), SOL_SOCKET, SO_ERROR, &socketError, &length) == 0
             && socketError != 0) {
-            endConnection(QString::fromLocal8Bit(std::strerror(socketError)));
+            endConnection(QString::fromLocal8Bit(std::strerror(socketError)),
+                          duringHandshake(MOSQ_ERR_ERRNO, socketError));
             return;
         }
         m_reached = true;
@@ -243,7 +245,7 @@ void MqttClient::handleResult(int rc)
     if (!m_mosq)
         return;
     if (rc != MOSQ_ERR_SUCCESS && rc != MOSQ_ERR_CONN_PENDING) {
-        endConnection(describe(rc));
+        endConnection(describe(rc), duringHandshake(rc, errno));
         return;
     }
     updateWriteInterest();
@@ -257,12 +259,12 @@ void MqttClient::updateWriteInterest()
         m_writeNotifier->setEnabled(unreached || mosquitto_want_write(m_mosq));
 }
 
-void MqttClient::endConnection(const QString &text)
+void MqttClient::endConnection(const QString &text, bool handshake)
 {
     const State was = m_state;
-    // A broker reached that drops the line before it answers refused the handshake.
-    const bool handshake = was == Connecting && m_tls && m_reached && !text.startsWith(QLatin1String("TLS"));
-    const QString reason = handshake ? QStringLiteral("TLS failure: %1").arg(text) : text;
+    const QString reason = handshake && was == Connecting && !text.startsWith(QLatin1String("TLS"))
+        ? QStringLiteral("TLS failure: %1").arg(text)
+        : text;
     m_state = Disconnected;
     release();
     if (was == Connecting)
@@ -297,6 +299,16 @@ void MqttClient::release()
     m_mosq = nullptr;
 }
 
+bool MqttClient::duringHandshake(int rc, int error) const
+{
+    if (!m_tls || m_answered || m_state != Connecting)
+        return false;
+    // These say the port was never reached; anything else broke a handshake.
+    const bool unreachable = rc == MOSQ_ERR_ERRNO
+        && (error == ECONNREFUSED || error == EHOSTUNREACH || error == ENETUNREACH || error == ETIMEDOUT);
+    return !unreachable && rc != MOSQ_ERR_EAI;
+}
+
 QString MqttClient::describe(int rc) const
 {
     if (rc == MOSQ_ERR_ERRNO && errno != 0)
@@ -317,7 +329,7 @@ void MqttClient::onConnectCallback(mosquitto *, void *self, int rc)
     auto *client = static_cast<MqttClient *>(self);
     if (client->m_state != Connecting)
         return;
-    client->m_reached = false; // it answered: any handshake is over
+    client->m_answered = true;
     if (rc != 0) {
         client->endConnection(QStringLiteral("the broker refused the connection (%1)")
                                   .arg(QString::fromUtf8(mosquitto_connack_string(rc))));
@@ -332,7 +344,7 @@ void MqttClient::onDisconnectCallback(mosquitto *, void *self, int rc)
 {
     auto *client = static_cast<MqttClient *>(self);
     if (rc != 0 && client->m_state != Disconnected)
-        client->endConnection(client->describe(rc));
+        client->endConnection(client->describe(rc), client->duringHandshake(rc, errno));
 }
 
 void MqttClient::onMessageCallback(mosquitto *, void *self, const mosquitto_message *message)

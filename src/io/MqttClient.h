@@ -94,7 +94,13 @@ private:
     // What the library answered a step with; a broken connection ends here.
     void handleResult(int rc);
     void updateWriteInterest();
-    void endConnection(const QString &reason);
+    // handshake: the failure may be the TLS handshake's, whose reason is
+    // then said to be TLS.
+    void endConnection(const QString &reason, bool handshake = false);
+    // Whether a failure now may lie in the TLS handshake rather than in
+    // reaching the broker's port.
+    // rc is the library's result, error the system's.
+    bool duringHandshake(int rc, int error) const;
     void release();
     QString describe(int rc) const;
 
@@ -107,7 +113,8 @@ private:
     QString m_brokerName;
     QString m_lastError; // the library's last logged error (TLS says why there)
     bool m_tls = false;
-    bool m_reached = false; // the broker's port took the connection, and no answer came yet
+    bool m_reached = false;  // the broker's port took the connection
+    bool m_answered = false; // the broker answered the connection request
     int m_inLibrary = 0; // the library is on the stack: its object must live on
     bool m_releaseLater = false;
 };
