@@ -3,7 +3,6 @@
 #include "LineFramer.h"
 #include "MqttClient.h"
 
-#include <cstring>
 
 MqttLineSource::MqttLineSource(const QString &name, const MqttAddress &address, QObject *parent)
     : LineSource(name, parent)
@@ -35,7 +34,6 @@ QString MqttLineSource::brokerReason(const QString &reason) const
 bool MqttLineSource::open()
 {
     m_pending.clear();
-    m_readPos = 0;
     m_unacked.clear();
     m_unackedBytes = 0;
     QString error;
@@ -73,30 +71,21 @@ void MqttLineSource::onMessage(QByteArrayView, QByteArrayView payload)
     }
     if (payload.isEmpty())
         return;
-    // What was read goes, once it is half the buffer: the rest moves up.
-    if (m_readPos > 0 && m_readPos >= m_pending.size() / 2) {
-        m_pending.remove(0, m_readPos);
-        m_readPos = 0;
-    }
-    m_pending.append(payload.data(), payload.size());
+    QByteArray &pending = m_pending.tail();
+    pending.append(payload.data(), payload.size());
     if (!payload.endsWith('\n'))
-        m_pending.append('\n');
+        pending.append('\n');
     Q_EMIT readyRead();
 }
 
 qint64 MqttLineSource::read(char *data, qint64 maxSize)
 {
-    const qint64 n = qMin<qint64>(maxSize, m_pending.size() - m_readPos);
-    if (n <= 0)
-        return 0;
-    std::memcpy(data, m_pending.constData() + m_readPos, size_t(n));
-    m_readPos += n;
-    return n;
+    return m_pending.read(data, maxSize);
 }
 
 bool MqttLineSource::hasPendingData() const
 {
-    return m_readPos < m_pending.size();
+    return !m_pending.isEmpty();
 }
 
 qint64 MqttLineSource::maxInputBytes() const

@@ -3,6 +3,7 @@
 #include "LineSource.h"
 #include "LineSourceFactory.h"
 #include "MqttAddress.h"
+#include "PendingBytes.h"
 
 #include <QByteArray>
 #include <QHash>
@@ -48,8 +49,7 @@ private:
 
     MqttClient *m_client = nullptr;
     MqttAddress m_address;
-    QByteArray m_pending; // messages not yet read, each ending in a line feed
-    qsizetype m_readPos = 0;
+    PendingBytes m_pending; // messages not yet read, each ending in a line feed
     qint64 m_dropped = 0;
     QHash<int, qint64> m_unacked; // message id to its size
     qint64 m_unackedBytes = 0;
