@@ -98,9 +98,11 @@ bool LivePipeline::canSendCommands(QString *reason) const
 {
     QString why;
     const QString name = m_serial->portName();
-    if (m_serial->isOpen())
+    if (m_serial->isOpen() && m_serial->source()->canWrite(&why))
         return true;
-    if (m_serial->isOpening())
+    if (m_serial->isOpen())
+        why = QStringLiteral("%1: %2").arg(name, why);
+    else if (m_serial->isOpening())
         why = QStringLiteral("%1 is still connecting").arg(name);
     else if (!m_lost.portName.isEmpty())
         why = QStringLiteral("%1 was lost").arg(lostSourceName());
@@ -134,7 +136,7 @@ bool LivePipeline::sendCommand(const QString &text, LineEnding ending, QString *
 
 void LivePipeline::updateAvailability()
 {
-    const bool available = m_serial->isOpen();
+    const bool available = canSendCommands();
     if (available == m_available)
         return;
     m_available = available;

@@ -93,6 +93,12 @@ qint64 MqttLineSource::maxInputBytes() const
     return LineFramer::MaxLineBytes;
 }
 
+bool MqttLineSource::canWrite(QString *reason) const
+{
+    QByteArray topic;
+    return m_address.commandTopicFor(&topic, reason);
+}
+
 bool MqttLineSource::write(QByteArrayView bytes)
 {
     QByteArray topic;

@@ -35,6 +35,7 @@ public:
     qint64 read(char *data, qint64 maxSize) override;
     bool hasPendingData() const override;
     bool write(QByteArrayView bytes) override;
+    bool canWrite(QString *reason) const override;
     qint64 bytesToWrite() const override { return m_unackedBytes; }
     qint64 oversizedDropped() const override { return m_dropped; }
     qint64 maxInputBytes() const override;
