@@ -1,6 +1,8 @@
 #include "MqttClient.h"
 
 #include <QFile>
+#include <QHostAddress>
+#include <QHostInfo>
 #include <QSocketNotifier>
 #include <QTimer>
 
@@ -60,10 +62,27 @@ bool MqttClient::connectToBroker(const MqttBroker &broker, QString *error)
 {
     disconnectFromBroker();
     m_brokerName = broker.name();
+    m_host = broker.host;
+    m_port = broker.port;
     m_lastError.clear();
     m_tls = broker.tls;
     m_reached = false;
     m_answered = false;
+    if (!setUp(broker, error))
+        return false;
+    // The library would look a name up on this thread, stalling the window
+    // for as long as a name server takes: Qt looks it up aside first.
+    if (QHostAddress(broker.host).isNull()) {
+        m_state = Connecting;
+        m_connectTimeout->start();
+        m_lookupId = QHostInfo::lookupHost(broker.host, this, &MqttClient::onHostFound);
+        return true;
+    }
+    return startConnecting(broker.host, error);
+}
+
+bool MqttClient::setUp(const MqttBroker &broker, QString *error)
+{
     // A clean session under a name the library makes up: nothing is left
     // at the broker from one connection to the next.
     m_mosq = mosquitto_new(nullptr, true, this);
@@ -80,27 +99,41 @@ bool MqttClient::connectToBroker(const MqttBroker &broker, QString *error)
     mosquitto_publish_callback_set(m_mosq, &MqttClient::onPublishCallback);
     mosquitto_log_callback_set(m_mosq, &MqttClient::onLogCallback);
 
-    int rc = MOSQ_ERR_SUCCESS;
     if (!broker.user.isEmpty()) {
-        rc = mosquitto_username_pw_set(m_mosq, broker.user.toUtf8().constData(),
-                                       broker.password.isEmpty() ? nullptr : broker.password.toUtf8().constData());
+        mosquitto_username_pw_set(m_mosq, broker.user.toUtf8().constData(),
+                                  broker.password.isEmpty() ? nullptr : broker.password.toUtf8().constData());
     }
-    if (rc == MOSQ_ERR_SUCCESS && broker.tls) {
-        if (broker.caFile.isEmpty())
-            rc = mosquitto_int_option(m_mosq, MOSQ_OPT_TLS_USE_OS_CERTS, 1);
-        else
-            rc = mosquitto_tls_set(m_mosq, QFile::encodeName(broker.caFile).constData(), nullptr, nullptr, nullptr,
-                                   nullptr);
-        if (rc != MOSQ_ERR_SUCCESS && !broker.caFile.isEmpty()) {
-            *error = QStringLiteral("cannot read the certificate file %1").arg(broker.caFile);
-            release();
-            return false;
-        }
+    if (broker.tls && broker.caFile.isEmpty()) {
+        mosquitto_int_option(m_mosq, MOSQ_OPT_TLS_USE_OS_CERTS, 1);
+    } else if (broker.tls && mosquitto_tls_set(m_mosq, QFile::encodeName(broker.caFile).constData(), nullptr, nullptr,
+                                               nullptr, nullptr)
+                   != MOSQ_ERR_SUCCESS) {
+        *error = QStringLiteral("cannot read the certificate file %1").arg(broker.caFile);
+        release();
+        return false;
     }
-    if (rc == MOSQ_ERR_SUCCESS) {
-        errno = 0;
-        rc = mosquitto_connect_async(m_mosq, broker.host.toUtf8().constData(), broker.port, KeepAliveSeconds);
+    return true;
+}
+
+void MqttClient::onHostFound(const QHostInfo &info)
+{
+    if (m_state != Connecting || info.lookupId() != m_lookupId)
+        return;
+    m_lookupId = -1;
+    if (info.error() != QHostInfo::NoError || info.addresses().isEmpty()) {
+        endConnection(QStringLiteral("cannot find the host %1 (%2)").arg(m_host, info.errorString()));
+        return;
     }
+    // TLS checks the broker's certificate against the name: it goes along.
+    QString error;
+    if (!startConnecting(m_tls ? m_host : info.addresses().constFirst().toString(), &error))
+        endConnection(error);
+}
+
+bool MqttClient::startConnecting(const QString &host, QString *error)
+{
+    errno = 0;
+    const int rc = mosquitto_connect_async(m_mosq, host.toUtf8().constData(), m_port, KeepAliveSeconds);
     if (rc != MOSQ_ERR_SUCCESS && rc != MOSQ_ERR_CONN_PENDING) {
         *error = describe(rc);
         release();
@@ -113,7 +146,8 @@ bool MqttClient::connectToBroker(const MqttBroker &broker, QString *error)
     connect(m_readNotifier, &QSocketNotifier::activated, this, &MqttClient::onReadable);
     connect(m_writeNotifier, &QSocketNotifier::activated, this, &MqttClient::onWritable);
     m_keepAlive->start();
-    m_connectTimeout->start();
+    if (!m_connectTimeout->isActive())
+        m_connectTimeout->start();
     return true;
 }
 
@@ -278,6 +312,9 @@ void MqttClient::endConnection(const QString &text, bool handshake)
 void MqttClient::release()
 {
     m_state = Disconnected;
+    if (m_lookupId >= 0)
+        QHostInfo::abortHostLookup(m_lookupId);
+    m_lookupId = -1;
     m_keepAlive->stop();
     m_connectTimeout->stop();
     for (QSocketNotifier *notifier : {m_readNotifier, m_writeNotifier}) {

@@ -6,6 +6,7 @@
 #include <QString>
 
 QT_BEGIN_NAMESPACE
+class QHostInfo;
 class QSocketNotifier;
 class QTimer;
 QT_END_NAMESPACE
@@ -88,6 +89,11 @@ private:
     static void onPublishCallback(mosquitto *mosq, void *self, int messageId);
     static void onLogCallback(mosquitto *mosq, void *self, int level, const char *text);
 
+    // Makes the library's object with the broker's options; false with *error set.
+    bool setUp(const MqttBroker &broker, QString *error);
+    void onHostFound(const QHostInfo &info);
+    // Connects the library's object to host (a name or an address).
+    bool startConnecting(const QString &host, QString *error);
     void onReadable();
     void onWritable();
     void onKeepAlive();
@@ -111,6 +117,9 @@ private:
     QTimer *m_connectTimeout = nullptr;
     State m_state = Disconnected;
     QString m_brokerName;
+    QString m_host;
+    int m_port = 0;
+    int m_lookupId = -1; // a name being looked up
     QString m_lastError; // the library's last logged error (TLS says why there)
     bool m_tls = false;
     bool m_reached = false;  // the broker's port took the connection
