@@ -35,6 +35,7 @@ private Q_SLOTS:
 
     void bridgeRecordAndSendThroughTheBroker();
     void recordsWhatBrokerClientsPublish();
+    void tlsWithThePrivateCa();
     void brokerRestartLosesNoQueuedLine();
     void failuresExitOneNamingTheBroker_data();
     void failuresExitOneNamingTheBroker();
@@ -113,6 +114,27 @@ void tst_CliMqtt::recordsWhatBrokerClientsPublish()
     QCOMPARE(readFile(QString::fromUtf8(recorder.readAllStandardOutput()).trimmed()),
              QByteArray("0.000000 A=1\n1.000000 A=2\n3.000000 A=4\n"));
     QVERIFY(recorder.readAllStandardError().contains("message larger than 2097152 bytes dropped (1 so far)"));
+}
+
+// A broker with a certificate of the lab's own CA: trusted with ?cafile=,
+// refused against the system's certificate store.
+void tst_CliMqtt::tlsWithThePrivateCa()
+{
+    TestBroker broker;
+    QVERIFY(broker.enableTls());
+    QVERIFY(broker.start());
+    const QString address = QStringLiteral("mqtts://127.0.0.1:%1/rig").arg(broker.port());
+    const CliRun untrusted = CliRun::run({"record", "--port", address, "--project", m_project->path()});
+    QCOMPARE(untrusted.exitCode, 1);
+    QVERIFY2(untrusted.err.contains("TLS failure") && untrusted.err.contains("certificate verify failed"),
+             untrusted.err.constData());
+    QProcess recorder;
+    QVERIFY(start(recorder, {"record", "--port", address + "?cafile=" + broker.caFile(), "--project", m_project->path(),
+                             "--lines", "1"},
+                  "recording"));
+    QVERIFY(broker.publish("rig", "1 A=1\n", {"--cafile", broker.caFile()}));
+    QVERIFY(recorder.waitForFinished(10000));
+    QCOMPARE(recorder.exitCode(), 0);
 }
 
 // The broker stops while the device keeps sending: what the bridge queued

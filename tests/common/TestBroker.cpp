@@ -34,10 +34,31 @@ bool TestBroker::requirePassword(const QString &user, const QString &password)
         == 0;
 }
 
+bool TestBroker::enableTls()
+{
+    const auto openssl = [this](const QStringList &args) {
+        QProcess process;
+        process.setWorkingDirectory(m_dir.path());
+        process.start(QStringLiteral("openssl"), args);
+        return process.waitForFinished(30000) && process.exitCode() == 0;
+    };
+    const QString key = QStringLiteral("rsa:2048");
+    m_tls = openssl({"req", "-x509", "-newkey", key, "-nodes", "-keyout", "ca.key", "-out", "ca.pem", "-days", "2",
+                     "-subj", "/CN=Test CA"})
+        && openssl({"req", "-newkey", key, "-nodes", "-keyout", "broker.key", "-out", "broker.csr", "-subj",
+                    "/CN=127.0.0.1", "-addext", "subjectAltName=IP:127.0.0.1"})
+        && openssl({"x509", "-req", "-in", "broker.csr", "-CA", "ca.pem", "-CAkey", "ca.key", "-CAcreateserial", "-out",
+                    "broker.pem", "-days", "2", "-copy_extensions", "copy"});
+    return m_tls;
+}
+
 bool TestBroker::start()
 {
     QByteArray config = "listener " + QByteArray::number(m_port) + " 127.0.0.1\nlog_dest none\npersistence true\n"
                       + "persistence_location " + QFile::encodeName(m_dir.path()) + "/\n";
+    const QByteArray dir = QFile::encodeName(m_dir.path()) + '/';
+    if (m_tls)
+        config += "cafile " + dir + "ca.pem\ncertfile " + dir + "broker.pem\nkeyfile " + dir + "broker.key\n";
     config += m_passwordFile.isEmpty() ? QByteArray("allow_anonymous true\n")
                                        : "allow_anonymous false\npassword_file " + QFile::encodeName(m_passwordFile) + '\n';
     // Started as root (a CI machine), it would switch to a user that may not exist.

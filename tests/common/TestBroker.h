@@ -17,6 +17,10 @@ public:
 
     // From now on only this user, with this password, may connect.
     bool requirePassword(const QString &user, const QString &password);
+    // From now on it speaks TLS only, with a certificate for 127.0.0.1
+    // signed by a CA of the test's own, in caFile().
+    bool enableTls();
+    QString caFile() const { return m_dir.filePath(QStringLiteral("ca.pem")); }
     // Starts the broker and waits until it takes connections.
     bool start();
     // Stops it as a service manager does (SIGTERM) and waits.
@@ -39,4 +43,5 @@ private:
     QProcess m_process;
     quint16 m_port = 0;
     QString m_passwordFile;
+    bool m_tls = false;
 };
