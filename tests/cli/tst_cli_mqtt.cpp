@@ -46,14 +46,7 @@ private:
     {
         process.setReadChannel(QProcess::StandardError);
         process.start(CliRun::program(), args);
-        QElapsedTimer waited;
-        waited.start();
-        while (waited.elapsed() < 15000 && process.state() != QProcess::NotRunning) {
-            if (process.peek(1 << 20).contains(ready))
-                return true;
-            process.waitForReadyRead(100);
-        }
-        return false;
+        return waitForOutput(process, ready);
     }
 
     // Stops a bridge as a service manager does; its exit code.

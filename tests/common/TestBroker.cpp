@@ -19,6 +19,18 @@ QString program(const QString &name)
 
 } // namespace
 
+bool waitForOutput(QProcess &process, const QByteArray &text)
+{
+    QElapsedTimer waited;
+    waited.start();
+    while (waited.elapsed() < 10000 && process.waitForStarted()) {
+        if (process.peek(1 << 20).contains(text))
+            return true;
+        process.waitForReadyRead(100);
+    }
+    return false;
+}
+
 TestBroker::TestBroker()
 {
     QTcpServer server;
@@ -108,14 +120,7 @@ bool TestBroker::subscribe(QProcess &subscriber, const QString &topic, const QSt
     subscriber.start(QStringLiteral("stdbuf"), QStringList{QStringLiteral("-oL"), program(QStringLiteral("mosquitto_sub")),
                                                            QStringLiteral("-d"), QStringLiteral("-t"), topic}
                                                    + clientArgs() + options);
-    QElapsedTimer waited;
-    waited.start();
-    while (waited.elapsed() < 10000 && subscriber.waitForStarted()) {
-        if (subscriber.peek(1 << 20).contains("received SUBACK"))
-            return true;
-        subscriber.waitForReadyRead(100);
-    }
-    return false;
+    return waitForOutput(subscriber, "received SUBACK");
 }
 
 QByteArray TestBroker::messages(const QByteArray &subscriberOutput)

@@ -5,6 +5,10 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+// Waits until what process wrote on its current read channel holds text
+// (without reading it); false after 10 s or when the process ended.
+bool waitForOutput(QProcess &process, const QByteArray &text);
+
 // A real mosquitto broker of the test's own on 127.0.0.1, at a port that was
 // free, configured by a file the test writes. It keeps sessions and queued
 // messages across a restart; destroying it stops it. The broker's own
