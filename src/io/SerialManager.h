@@ -23,8 +23,8 @@
 //
 // The device is reached through the source its port name names (see
 // LineSourceFactory): a serial port by its name or device path, or
-// "tcp://HOST:PORT", "udp://[HOST]:PORT", "sim:". Every kind goes through
-// the same framing, grammar and time stamps.
+// "tcp://HOST:PORT", "udp://[HOST]:PORT", "mqtt://HOST/TOPIC", "sim:".
+// Every kind goes through the same framing, grammar and time stamps.
 class SerialManager : public QObject
 {
     Q_OBJECT
