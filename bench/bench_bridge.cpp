@@ -16,7 +16,6 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <algorithm>
@@ -131,19 +130,14 @@ void printRows(const char *path, const Figures &full, const Figures &paced, bool
 
 int main(int argc, char *argv[])
 {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    QStandardPaths::setTestModeEnabled(true);
+    BenchDemo::useOffscreenTestMode();
     QApplication app(argc, argv);
-
     QTemporaryDir root;
     const QString project = root.filePath(QStringLiteral("demo"));
-    if (!BenchDemo::copyDemo(project))
-        qFatal("bench_bridge: cannot copy the demo project");
     SignalDefinitions defs;
-    defs.load(QDir(project).filePath(QStringLiteral("dashboard_signals.def")));
+    if (!BenchDemo::copyDemo(project) || !defs.load(QDir(project).filePath(QStringLiteral("dashboard_signals.def"))))
+        qFatal("bench_bridge: cannot copy the demo project");
     LiveFeeder feeder(defs, ProbeSignal);
-
     Ombrix window;
     window.setProjectDir(project);
     window.loadLayoutFrom(QDir(project).filePath(QStringLiteral("layouts/demo.json")));
