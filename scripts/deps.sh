@@ -5,9 +5,13 @@ set -euo pipefail
 
 # help2man writes the man pages at build time; dpkg-dev and file let cpack
 # find the Debian package's dependencies; the rest check what is installed
-# (desktop entry, metainfo, MIME type).
+# (desktop entry, metainfo, MIME type). libmosquitto-dev is the MQTT client;
+# the tests start their own mosquitto broker and talk to it with its clients.
+# The package test runs lintian on the Debian package; the TLS test makes its
+# certificates with openssl.
 OMBRIX_PACKAGES=(cmake g++ make qt6-base-dev qt6-base-dev-tools qt6-serialport-dev qt6-svg-dev libgl-dev fonts-dejavu-core
-                 help2man dpkg-dev file desktop-file-utils appstream shared-mime-info)
+                 help2man dpkg-dev file desktop-file-utils appstream shared-mime-info
+                 libmosquitto-dev mosquitto mosquitto-clients lintian openssl)
 # The sanitizer and fuzzing build (test.sh, fuzz.sh): clang and its runtimes
 # (AddressSanitizer, UndefinedBehaviorSanitizer, libFuzzer).
 OMBRIX_SANITIZER_PACKAGES=(clang-14 libclang-rt-14-dev)

@@ -1,4 +1,5 @@
 // ombrix-cli: the command-line companion of the dashboard, for unattended work.
+#include "BridgeCommand.h"
 #include "CheckDefCommand.h"
 #include "CheckLayoutCommand.h"
 #include "ExportEventsCommand.h"
@@ -30,6 +31,7 @@ const std::map<QString, Command> &commands()
         {QStringLiteral("simulate"), &SimulateCommand::run},
         {QStringLiteral("record"), &RecordCommand::run},
         {QStringLiteral("send"), &SendCommand::run},
+        {QStringLiteral("bridge"), &BridgeCommand::run},
         {QStringLiteral("info"), &InfoCommand::run},
         {QStringLiteral("export-signals"), &ExportSignalsCommand::run},
         {QStringLiteral("export-events"), &ExportEventsCommand::run},
@@ -57,8 +59,9 @@ QString usage()
         "\n"
         "Commands:\n"
         "  simulate        stream a simulated device on a pseudo-terminal\n"
-        "  record          record a device (serial port, tcp://, udp://, sim:) into a project's recordings\n"
+        "  record          record a device (serial port, tcp://, udp://, mqtt://, sim:) into a project's recordings\n"
         "  send            send lines of text to the device on a source\n"
+        "  bridge          forward a device's lines to an MQTT broker, and its commands back\n"
         "  info            summarise a recording\n"
         "  export-signals  export a recording's signal values as CSV\n"
         "  export-events   export a recording's states, errors and messages as CSV\n"

@@ -4,6 +4,7 @@
 #include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
+#include <QStandardPaths>
 #include <QTimer>
 
 #include <sys/resource.h>
@@ -29,6 +30,13 @@ bool copyTree(const QString &from, const QString &to)
 bool BenchDemo::copyDemo(const QString &folder)
 {
     return copyTree(QStringLiteral(OMBRIX_SOURCE_DIR "/examples/demo"), folder);
+}
+
+void BenchDemo::useOffscreenTestMode()
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QStandardPaths::setTestModeEnabled(true);
 }
 
 void BenchDemo::runFor(int ms)

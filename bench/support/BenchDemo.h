@@ -8,6 +8,9 @@ namespace BenchDemo {
 
 // Copies examples/demo into folder; false on failure.
 bool copyDemo(const QString &folder);
+// Before the application is made: the offscreen platform unless another is
+// asked for, and Qt's test locations instead of the user's settings.
+void useOffscreenTestMode();
 // Runs the event loop for ms milliseconds.
 void runFor(int ms);
 // User + system CPU seconds of the whole process.

@@ -219,7 +219,7 @@ void Ombrix::connectSources()
 {
     // Remembered as the user would read it again: never with a password.
     connect(m_live->serial(), &SerialManager::sourceOpened, this,
-            [this](const QString &name) { m_recentSources->addEntry(SourceAddress::withoutPassword(name)); });
+            [this](const QString &name) { m_recentSources->addEntry(SourceAddress::displayName(name)); });
     connect(m_menus->simulatedDeviceAction, &QAction::triggered, this, [this] { switchSource(QStringLiteral("sim:")); });
     connect(m_menus, &MainMenus::recentSourceChosen, this, &Ombrix::switchSource);
     // A first run that moves: the demo comes with its device and a recording to play.

@@ -1,5 +1,6 @@
 #include "SerialControls.h"
 
+#include "LineSource.h"
 #include "LivePipeline.h"
 #include "MainToolBars.h"
 #include "SerialManager.h"
@@ -140,8 +141,9 @@ void SerialControls::onOverlongLine(double, qint64 maxBytes)
 
 void SerialControls::onOversizedInput(qint64 maxBytes, qint64 total)
 {
-    m_statusBar->showMessage(tr("%1: datagram larger than %2 bytes dropped (%3 so far)")
-                                 .arg(m_serial->portName())
+    const QString unit = m_serial->source() ? m_serial->source()->inputUnitName() : QStringLiteral("input");
+    m_statusBar->showMessage(tr("%1: %2 larger than %3 bytes dropped (%4 so far)")
+                                 .arg(m_serial->portName(), unit)
                                  .arg(maxBytes)
                                  .arg(total),
                              10000);

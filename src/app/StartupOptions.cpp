@@ -32,7 +32,8 @@ void StartupOptions::addOptions(QCommandLineParser &parser)
                       QStringLiteral("file")});
     parser.addOption({kPort,
                       QStringLiteral("Source to connect at start: a serial port (name or device path), "
-                                     "tcp://HOST:PORT, udp://[HOST]:PORT or sim:."),
+                                     "tcp://HOST:PORT, udp://[HOST]:PORT, mqtt[s]://[USER[:PASSWORD]@]HOST[:PORT]/TOPIC "
+                                     "or sim:."),
                       QStringLiteral("name")});
     parser.addOption({kBaud, QStringLiteral("Baud rate for --port (default 115200)."), QStringLiteral("rate"),
                       QStringLiteral("115200")});

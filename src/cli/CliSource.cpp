@@ -14,7 +14,8 @@ CliSource::CliSource(CliCommand &cli, bool projectRequired)
     : m_cli(cli)
     , m_port({QStringLiteral("p"), QStringLiteral("port")},
              QStringLiteral("The source: a serial port (name or device path), tcp://HOST:PORT, "
-                            "udp://[HOST]:PORT or sim:[?rate=N&seed=S]."),
+                            "udp://[HOST]:PORT, mqtt[s]://[USER[:PASSWORD]@]HOST[:PORT]/TOPIC or "
+                            "sim:[?rate=N&seed=S]."),
              QStringLiteral("SOURCE"))
     , m_baud({QStringLiteral("b"), QStringLiteral("baud")}, QStringLiteral("Baud rate of a serial port (default 115200)."),
              QStringLiteral("N"), QStringLiteral("115200"))
@@ -62,7 +63,7 @@ bool CliSource::read()
 QString CliSource::description() const
 {
     if (!SourceAddress::schemeOf(m_settings.portName).isEmpty())
-        return m_settings.portName;
+        return SourceAddress::displayName(m_settings.portName);
     return QStringLiteral("%1 at %2 baud").arg(m_settings.portName).arg(m_settings.baudRate);
 }
 
@@ -86,6 +87,6 @@ bool CliSource::open(LivePipeline &pipeline, TerminationNotifier *termination, Q
     if (reason.isEmpty())
         reason = QStringLiteral("interrupted while connecting");
     pipeline.close();
-    *error = QStringLiteral("cannot open %1: %2").arg(m_settings.portName, reason);
+    *error = QStringLiteral("cannot open %1: %2").arg(SourceAddress::displayName(m_settings.portName), reason);
     return false;
 }

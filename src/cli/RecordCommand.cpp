@@ -2,6 +2,7 @@
 
 #include "CliCommand.h"
 #include "CliSource.h"
+#include "LineSource.h"
 #include "LivePipeline.h"
 #include "RecordingWriter.h"
 #include "SerialManager.h"
@@ -58,8 +59,9 @@ void RecordCommand::watchSource()
     connect(serial, &SerialManager::overlongLineDropped, this, [this](double, qint64 maxBytes) {
         Q_EMIT notice(QStringLiteral("line longer than %1 bytes dropped").arg(maxBytes));
     });
-    connect(serial, &SerialManager::oversizedInputDropped, this, [this](qint64 maxBytes, qint64 total) {
-        Q_EMIT notice(QStringLiteral("datagram larger than %1 bytes dropped (%2 so far)").arg(maxBytes).arg(total));
+    connect(serial, &SerialManager::oversizedInputDropped, this, [this, serial](qint64 maxBytes, qint64 total) {
+        const QString unit = serial->source() ? serial->source()->inputUnitName() : QStringLiteral("input");
+        Q_EMIT notice(QStringLiteral("%1 larger than %2 bytes dropped (%3 so far)").arg(unit).arg(maxBytes).arg(total));
     });
 }
 
@@ -158,7 +160,8 @@ int RecordCommand::run(const QStringList &args)
 {
     CliCommand cli(QStringLiteral("record"),
                    QStringLiteral("--port SOURCE --project DIR [--baud N] [--def FILE] [--duration S | --lines N]"),
-                   QStringLiteral("Record a source (a serial port, tcp://HOST:PORT, udp://[HOST]:PORT or sim:)\n"
+                   QStringLiteral("Record a source (a serial port, tcp://HOST:PORT, udp://[HOST]:PORT,\n"
+                                  "mqtt[s]://[USER[:PASSWORD]@]HOST[:PORT]/TOPIC or sim:)\n"
                                   "into DIR/recordings, as the window does, until the limit is reached,\n"
                                   "Ctrl+C, or the source goes away. Prints the recording's path. Exit\n"
                                   "status: 0 when stopped, 1 when the source or the file cannot be opened\n"

@@ -14,7 +14,7 @@ class TerminationNotifier;
 
 // ombrix-cli record --port SOURCE [--baud N] --project DIR [--def FILE]
 // [--duration S | --lines N]: records a source (a serial port, tcp://,
-// udp://, sim:) into the project's "recordings" folder exactly as the window
+// udp://, mqtt://, sim:) into the project's "recordings" folder exactly as the window
 // does (same file name, line forms and companion definitions), prints the
 // recording's path on stdout and runs until the limit, SIGINT/SIGTERM, or
 // the source going away.

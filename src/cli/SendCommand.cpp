@@ -54,7 +54,8 @@ int SendCommand::run(const QStringList &args)
     CliCommand cli(QStringLiteral("send"),
                    QStringLiteral("--port SOURCE [--ending lf|crlf|cr|none] [--baud N] [--project DIR] TEXT..."),
                    QStringLiteral("Send each TEXT as one line to the device on SOURCE (a serial port,\n"
-                                  "tcp://HOST:PORT, udp://[HOST]:PORT?reply=HOST:PORT or sim:), in order.\n"
+                                  "tcp://HOST:PORT, udp://[HOST]:PORT?reply=HOST:PORT, mqtt://HOST/TOPIC (to\n"
+                                  "TOPIC/cmd or ?cmd=TOPIC) or sim:), in order.\n"
                                   "Exit status: 0 when every line was written, 1 when the source cannot be\n"
                                   "opened or a line cannot be written, 2 for bad arguments."));
     CliSource source(cli, false);

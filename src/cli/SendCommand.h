@@ -5,7 +5,8 @@
 // ombrix-cli send --port SOURCE [--ending lf|crlf|cr|none] TEXT...: sends
 // one line per TEXT to the device through the same source a recording would
 // read (a serial port, tcp://, udp:// answering the last sender or
-// ?reply=HOST:PORT, sim:) and exits once everything has been handed over.
+// ?reply=HOST:PORT, mqtt:// publishing to the command topic, sim:) and
+// exits once everything has been handed over (a broker: acknowledged).
 //
 // Exit codes: 0 when every line was written, 1 when the source cannot be
 // opened or a line cannot be written (naming the source and the reason),

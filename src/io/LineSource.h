@@ -49,6 +49,13 @@ public:
     // Queues bytes for the device while open; false, with errorString()
     // set, when it cannot take them (opened read-only, no address to send to).
     virtual bool write(QByteArrayView bytes) = 0;
+    // Whether write() can take commands at all while open; when not,
+    // *reason says why (a topic that names no single place to send to).
+    virtual bool canWrite(QString *reason) const
+    {
+        Q_UNUSED(reason);
+        return true;
+    }
     // Bytes write() queued that the system has not taken yet.
     virtual qint64 bytesToWrite() const { return 0; }
     virtual Presence presence() const { return Unknown; }
@@ -56,6 +63,8 @@ public:
     // whole, since the source was made.
     virtual qint64 oversizedDropped() const { return 0; }
     virtual qint64 maxInputBytes() const { return 0; }
+    // What such a unit is called in messages ("datagram", "message").
+    virtual QString inputUnitName() const { return QStringLiteral("input"); }
 
 Q_SIGNALS:
     // The source is open now (also emitted from within a successful open()).

@@ -1,5 +1,7 @@
 #include "LineSourceFactory.h"
 
+#include "MqttAddress.h"
+#include "MqttLineSource.h"
 #include "SerialPortSource.h"
 #include "TcpLineSource.h"
 #include "UdpLineSource.h"
@@ -19,6 +21,8 @@ std::map<QString, Scheme> &schemes()
     static std::map<QString, Scheme> table = {
         {QStringLiteral("tcp"), {TcpLineSource::Form, &TcpLineSource::create}},
         {QStringLiteral("udp"), {UdpLineSource::Form, &UdpLineSource::create}},
+        {QStringLiteral("mqtt"), {MqttAddress::Form, &MqttLineSource::create}},
+        {QStringLiteral("mqtts"), {MqttAddress::Form, &MqttLineSource::create}},
     };
     return table;
 }
@@ -54,7 +58,9 @@ LineSource *LineSourceFactory::create(const Request &request, QObject *parent, Q
 QStringList LineSourceFactory::forms()
 {
     QStringList list{QStringLiteral("a serial port")};
-    for (const auto &entry : schemes())
-        list.append(entry.second.form);
+    for (const auto &entry : schemes()) {
+        if (!list.contains(entry.second.form)) // mqtt and mqtts share theirs
+            list.append(entry.second.form);
+    }
     return list;
 }

@@ -15,7 +15,8 @@ QT_END_NAMESPACE
 class LineSource;
 
 // Makes the source a text names: a serial port for a name without scheme,
-// TCP and UDP sources for "tcp://" and "udp://", and whatever the layers
+// TCP and UDP sources for "tcp://" and "udp://", an MQTT broker's topic
+// for "mqtt://" and "mqtts://", and whatever the layers
 // above register for their own schemes (the simulated device: "sim:").
 class LineSourceFactory
 {

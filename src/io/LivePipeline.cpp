@@ -3,6 +3,7 @@
 #include "PortReconnector.h"
 #include "RecordingWriter.h"
 #include "SerialManager.h"
+#include "SourceAddress.h"
 
 LivePipeline::LivePipeline(QObject *parent)
     : CommandSink(parent)
@@ -67,6 +68,11 @@ void LivePipeline::setReconnect(bool on)
         m_reconnector->start(m_lost);
 }
 
+QString LivePipeline::lostSourceName() const
+{
+    return SourceAddress::displayName(m_lost.portName);
+}
+
 bool LivePipeline::isWaitingToReconnect() const
 {
     return m_reconnector->isWaiting();
@@ -92,12 +98,14 @@ bool LivePipeline::canSendCommands(QString *reason) const
 {
     QString why;
     const QString name = m_serial->portName();
-    if (m_serial->isOpen())
+    if (m_serial->isOpen() && m_serial->source()->canWrite(&why))
         return true;
-    if (m_serial->isOpening())
+    if (m_serial->isOpen())
+        why = QStringLiteral("%1: %2").arg(name, why);
+    else if (m_serial->isOpening())
         why = QStringLiteral("%1 is still connecting").arg(name);
     else if (!m_lost.portName.isEmpty())
-        why = QStringLiteral("%1 was lost").arg(m_lost.portName);
+        why = QStringLiteral("%1 was lost").arg(lostSourceName());
     else
         why = QStringLiteral("no source is open");
     if (reason)
@@ -128,7 +136,7 @@ bool LivePipeline::sendCommand(const QString &text, LineEnding ending, QString *
 
 void LivePipeline::updateAvailability()
 {
-    const bool available = m_serial->isOpen();
+    const bool available = canSendCommands();
     if (available == m_available)
         return;
     m_available = available;

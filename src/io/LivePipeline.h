@@ -48,7 +48,7 @@ public:
     bool reconnect() const { return m_reconnect; }
     bool isWaitingToReconnect() const;
     // The source waited for, or lost last.
-    QString lostSourceName() const { return m_lost.portName; }
+    QString lostSourceName() const;
 
     bool sendCommand(const QString &text, LineEnding ending, QString *error) override;
     bool canSendCommands(QString *reason = nullptr) const override;

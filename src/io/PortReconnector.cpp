@@ -68,7 +68,7 @@ void PortReconnector::onOpened()
     const bool ours = m_trying;
     stop(); // opened by hand meanwhile, when not ours
     if (ours)
-        Q_EMIT reconnected(m_settings.portName);
+        Q_EMIT reconnected(SourceAddress::displayName(m_settings.portName));
 }
 
 void PortReconnector::onOpenFailed()

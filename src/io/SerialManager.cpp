@@ -2,6 +2,7 @@
 
 #include "LineSource.h"
 #include "LineSourceFactory.h"
+#include "SourceAddress.h"
 
 #include <QSerialPortInfo>
 
@@ -26,7 +27,7 @@ bool SerialManager::open(const SerialSettings &settings)
     m_source = LineSourceFactory::create(request, this, &error);
     if (!m_source) {
         Q_EMIT errorOccurred(error);
-        Q_EMIT openFailed(settings.portName, error);
+        Q_EMIT openFailed(portName(), error);
         return false;
     }
     connect(m_source, &LineSource::opened, this, &SerialManager::onSourceOpened);
@@ -43,7 +44,7 @@ bool SerialManager::open(const SerialSettings &settings)
         const QString reason = m_source->errorString();
         dropSource();
         Q_EMIT errorOccurred(reason);
-        Q_EMIT openFailed(settings.portName, reason);
+        Q_EMIT openFailed(portName(), reason);
         return false;
     }
     // A connection refused at once was reported on its way.
@@ -80,7 +81,7 @@ bool SerialManager::isOpening() const
 
 QString SerialManager::portName() const
 {
-    return m_settings.portName;
+    return SourceAddress::displayName(m_settings.portName);
 }
 
 QStringList SerialManager::availablePorts() const
@@ -101,14 +102,14 @@ void SerialManager::onSourceOpened()
 {
     m_elapsed.start();
     m_elapsedRunning = true;
-    Q_EMIT sourceOpened(m_settings.portName);
+    Q_EMIT sourceOpened(portName());
 }
 
 void SerialManager::onSourceOpenFailed(const QString &reason)
 {
     dropSource();
     Q_EMIT errorOccurred(reason);
-    Q_EMIT openFailed(m_settings.portName, reason);
+    Q_EMIT openFailed(portName(), reason);
 }
 
 void SerialManager::onSourceLost(const QString &reason)
@@ -117,7 +118,7 @@ void SerialManager::onSourceLost(const QString &reason)
     ++m_generation;
     dropSource();
     Q_EMIT errorOccurred(message);
-    Q_EMIT portLost(m_settings.portName, reason);
+    Q_EMIT portLost(portName(), reason);
 }
 
 void SerialManager::onReadyRead()

@@ -23,8 +23,8 @@
 //
 // The device is reached through the source its port name names (see
 // LineSourceFactory): a serial port by its name or device path, or
-// "tcp://HOST:PORT", "udp://[HOST]:PORT", "sim:". Every kind goes through
-// the same framing, grammar and time stamps.
+// "tcp://HOST:PORT", "udp://[HOST]:PORT", "mqtt://HOST/TOPIC", "sim:".
+// Every kind goes through the same framing, grammar and time stamps.
 class SerialManager : public QObject
 {
     Q_OBJECT
@@ -42,6 +42,7 @@ public:
     bool isOpen() const;
     // A connection is being set up.
     bool isOpening() const;
+    // The source's name as messages show it, without any password in it.
     QString portName() const;
     // The settings of the last open(), successful or not.
     SerialSettings settings() const { return m_settings; }
@@ -90,8 +91,9 @@ Q_SIGNALS:
     // A line longer than LineFramer::MaxLineBytes (maxBytes) was dropped
     // instead of kept; emitted once per such line, as soon as it is known.
     void overlongLineDropped(double timestamp, qint64 maxBytes);
-    // Units of input larger than the source takes (datagrams over maxBytes)
-    // were dropped whole; total counts them since opening.
+    // Units of input larger than the source takes (datagrams or messages
+    // over maxBytes, see LineSource::inputUnitName()) were dropped whole;
+    // total counts them since opening.
     void oversizedInputDropped(qint64 maxBytes, qint64 total);
     // The source is open: at once for a port, once connected for a network source.
     void sourceOpened(const QString &portName);

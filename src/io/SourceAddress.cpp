@@ -12,6 +12,25 @@ QString SourceAddress::schemeOf(const QString &text)
     return match.hasMatch() ? match.captured(1).toLower() : QString();
 }
 
+QString SourceAddress::displayName(const QString &text)
+{
+    const qsizetype authority = text.indexOf(QLatin1String("://"));
+    if (authority < 0 || schemeOf(text).isEmpty())
+        return text;
+    const qsizetype start = authority + 3;
+    qsizetype end = start;
+    while (end < text.size() && text.at(end) != QLatin1Char('/') && text.at(end) != QLatin1Char('?'))
+        ++end;
+    // The user ends at the first ":", the password at the last "@".
+    const qsizetype at = text.lastIndexOf(QLatin1Char('@'), end - 1);
+    if (at < start)
+        return text;
+    const qsizetype colon = text.indexOf(QLatin1Char(':'), start);
+    if (colon < 0 || colon > at)
+        return text;
+    return text.left(colon) + text.mid(at);
+}
+
 bool SourceAddress::parse(const QString &text, SourceAddress *out, QString *error)
 {
     out->text = text;
@@ -95,15 +114,4 @@ bool SourceAddress::hostPortOption(const QString &key, QString *host, int *port,
     *host = url.host();
     *port = url.port();
     return true;
-}
-
-QString SourceAddress::withoutPassword(const QString &text)
-{
-    if (schemeOf(text).isEmpty())
-        return text;
-    QUrl url(text);
-    if (url.password().isEmpty())
-        return text;
-    url.setPassword(QString());
-    return url.toString();
 }

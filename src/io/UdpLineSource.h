@@ -45,6 +45,7 @@ public:
     bool write(QByteArrayView bytes) override;
     qint64 oversizedDropped() const override { return m_dropped; }
     qint64 maxInputBytes() const override { return MaxDatagramBytes; }
+    QString inputUnitName() const override { return QStringLiteral("datagram"); }
 
 private:
     QUdpSocket *m_socket = nullptr;

@@ -6,7 +6,6 @@
 
 #include <QTimer>
 
-#include <cstring>
 
 SimulatedLineSource::SimulatedLineSource(const QString &name, const QString &definitionsPath, double rate,
                                          quint64 seed, QObject *parent)
@@ -53,7 +52,6 @@ bool SimulatedLineSource::open()
     m_simulator->setLineInterval(m_rate > 0 ? 1.0 / m_rate : 0.001);
     m_pacer = std::make_unique<LinePacer>(m_rate, -1.0, -1);
     m_pending.clear();
-    m_readPos = 0;
     m_produced = 0;
     m_timer->start(m_pacer->waitMs());
     setState(Open);
@@ -69,34 +67,24 @@ void SimulatedLineSource::close()
 
 void SimulatedLineSource::produce()
 {
-    if (m_rate <= 0 && m_pending.size() - m_readPos >= FullSpeedLowBytes)
+    if (m_rate <= 0 && m_pending.size() >= FullSpeedLowBytes)
         return; // the reader sets the pace
     const qint64 lines = m_pacer->due(m_produced);
     if (lines <= 0)
         return;
-    // What was read goes, once it is half the buffer: the rest moves up.
-    if (m_readPos > 0 && m_readPos >= m_pending.size() / 2) {
-        m_pending.remove(0, m_readPos);
-        m_readPos = 0;
-    }
-    m_simulator->appendLines(m_pending, int(lines));
+    m_simulator->appendLines(m_pending.tail(), int(lines));
     m_produced += lines;
     Q_EMIT readyRead();
 }
 
 qint64 SimulatedLineSource::read(char *data, qint64 maxSize)
 {
-    const qint64 n = qMin<qint64>(maxSize, m_pending.size() - m_readPos);
-    if (n <= 0)
-        return 0;
-    std::memcpy(data, m_pending.constData() + m_readPos, size_t(n));
-    m_readPos += n;
-    return n;
+    return m_pending.read(data, maxSize);
 }
 
 bool SimulatedLineSource::hasPendingData() const
 {
-    return m_readPos < m_pending.size();
+    return !m_pending.isEmpty();
 }
 
 bool SimulatedLineSource::write(QByteArrayView)

@@ -2,6 +2,7 @@
 
 #include "LineSource.h"
 #include "LineSourceFactory.h"
+#include "PendingBytes.h"
 
 #include <QByteArray>
 
@@ -55,7 +56,6 @@ private:
     QString m_definitionsPath;
     double m_rate = DefaultRate;
     quint64 m_seed = 1;
-    QByteArray m_pending;
-    qsizetype m_readPos = 0;
+    PendingBytes m_pending;
     qint64 m_produced = 0;
 };

@@ -22,7 +22,9 @@ for file in bin/ombrix bin/ombrix-cli \
     share/metainfo/$app_id.metainfo.xml \
     share/mime/packages/ombrix.xml \
     share/man/man1/ombrix.1.gz share/man/man1/ombrix-cli.1.gz \
-    share/ombrix/demo/dashboard_signals.def share/ombrix/demo/layouts/demo.json; do
+    share/ombrix/demo/dashboard_signals.def share/ombrix/demo/layouts/demo.json \
+    lib/systemd/system/ombrix-bridge@.service share/doc/ombrix/examples/bridge-example.conf \
+    share/doc/ombrix/copyright share/doc/ombrix/changelog.Debian.gz; do
   expect_file "$file"
 done
 
@@ -51,6 +53,10 @@ for program in ombrix ombrix-cli; do
   grep -q "^\.SH NAME" <<< "$page" || fail "$program.1 has no NAME section"
   grep -q "^$program \\\\- " <<< "$page" || fail "$program.1 does not name $program"
 done
+# The bridge unit runs the bridge command with what its configuration file names.
+grep -q '^ExecStart=ombrix-cli bridge --port ${PORT} --to ${BROKER}' "$prefix/lib/systemd/system/ombrix-bridge@.service" \
+  || fail "ombrix-bridge@.service does not run the bridge"
+zcat "$prefix/share/man/man1/ombrix-cli.1.gz" | grep -q "bridge" || fail "ombrix-cli.1 does not name bridge"
 for option in project def layout port baud fps version; do
   zcat "$prefix/share/man/man1/ombrix.1.gz" | grep -q -- "\\\\-\\\\-$option" || fail "ombrix.1 lacks --$option"
 done
