@@ -3,7 +3,7 @@
 #include "Ombrix.h"
 #include "Project.h"
 #include "ProjectIntroDialog.h"
-#include "ProjectTemplates.h"
+#include "ProjectFolder.h"
 #include "ScriptedPrompts.h"
 #include "SignalDefinitions.h"
 #include "TestFiles.h"
@@ -49,7 +49,7 @@ private Q_SLOTS:
     {
         m_root = std::make_unique<QTemporaryDir>();
         QSettings(QStringLiteral("Tarnwell"), QStringLiteral("Ombrix")).clear();
-        QDir(ProjectTemplates::demoCopyFolder()).removeRecursively();
+        QDir(ProjectFolder::demoCopyFolder()).removeRecursively();
     }
 
     void cleanup() { QTRY_VERIFY(QApplication::topLevelWidgets().isEmpty()); }
@@ -101,7 +101,7 @@ private Q_SLOTS:
                 && !defs->states().isEmpty() && !defs->errors().isEmpty());
         QList<DefinitionLinter::Finding> findings;
         QString error;
-        QVERIFY(DefinitionLinter::checkFile(QDir(dir).filePath(Project::DefinitionFileName), &findings, &error));
+        QVERIFY(DefinitionLinter::checkFile(QDir(dir).filePath(ProjectFolder::DefinitionFileName), &findings, &error));
         for (const DefinitionLinter::Finding &finding : findings)
             qWarning("line %d: %s", finding.line, qPrintable(finding.message));
         QVERIFY(findings.isEmpty());
@@ -143,8 +143,8 @@ private Q_SLOTS:
 
     void demoCopyOpensWithItsLayoutAndKeepsChanges()
     {
-        QVERIFY(!ProjectTemplates::demoFolder().isEmpty());
-        const QString copy = ProjectTemplates::demoCopyFolder();
+        QVERIFY(!ProjectFolder::demoFolder().isEmpty());
+        const QString copy = ProjectFolder::demoCopyFolder();
         {
             Prompted w;
             w.prompts->introAnswers = {true};
@@ -156,7 +156,7 @@ private Q_SLOTS:
             QCOMPARE(remembered(), copy);
         }
         // The copy is the user's: opening the demo again does not overwrite it.
-        const QString defPath = QDir(copy).filePath(Project::DefinitionFileName);
+        const QString defPath = QDir(copy).filePath(ProjectFolder::DefinitionFileName);
         QVERIFY(writeFile(defPath, "DASHBOARD_SIGNAL(MINE, \"mine\", float)\n"));
         Prompted w;
         QVERIFY(w.window.project()->openDemoCopy());
