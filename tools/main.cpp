@@ -6,7 +6,9 @@
 #include "InfoCommand.h"
 #include "RecordCommand.h"
 #include "RenderCommand.h"
+#include "SendCommand.h"
 #include "SimulateCommand.h"
+#include "SimulatedLineSource.h"
 
 #include <QApplication>
 #include <QCoreApplication>
@@ -27,6 +29,7 @@ const std::map<QString, Command> &commands()
     static const std::map<QString, Command> table = {
         {QStringLiteral("simulate"), &SimulateCommand::run},
         {QStringLiteral("record"), &RecordCommand::run},
+        {QStringLiteral("send"), &SendCommand::run},
         {QStringLiteral("info"), &InfoCommand::run},
         {QStringLiteral("export-signals"), &ExportSignalsCommand::run},
         {QStringLiteral("export-events"), &ExportEventsCommand::run},
@@ -54,7 +57,8 @@ QString usage()
         "\n"
         "Commands:\n"
         "  simulate        stream a simulated device on a pseudo-terminal\n"
-        "  record          record a serial port into a project's recordings folder\n"
+        "  record          record a device (serial port, tcp://, udp://, sim:) into a project's recordings\n"
+        "  send            send lines of text to the device on a source\n"
         "  info            summarise a recording\n"
         "  export-signals  export a recording's signal values as CSV\n"
         "  export-events   export a recording's states, errors and messages as CSV\n"
@@ -104,6 +108,8 @@ int main(int argc, char *argv[])
         err << "ombrix-cli: unknown command '" << name << "'\n" << usage();
         return 2;
     }
+    // "sim:" names the simulated device wherever a source is named.
+    SimulatedLineSource::registerScheme();
     args.removeAt(1); // the command sees "ombrix-cli <options>"
     return it->second(args);
 }

@@ -6,13 +6,14 @@
 
 #include <functional>
 
+class LivePipeline;
 class RecordingWriter;
 class SerialManager;
 class SignalRouter;
 
-// The live path: what the serial link parses goes to the widgets through the
-// router and, while a recording runs, into the recording file. Owns the
-// serial link and the recording writer.
+// The live path to the widgets: what the source parses goes to the widgets
+// through the router. The source, its recording and commands to it are the
+// LivePipeline's, which this owns.
 class LiveInput : public QObject
 {
     Q_OBJECT
@@ -20,8 +21,9 @@ class LiveInput : public QObject
 public:
     explicit LiveInput(SignalRouter *router, QObject *parent = nullptr);
 
-    SerialManager *serial() const { return m_serial; }
-    RecordingWriter *recorder() const { return m_recorder; }
+    LivePipeline *pipeline() const { return m_pipeline; }
+    SerialManager *serial() const;
+    RecordingWriter *recorder() const;
 
     // While this answers true, value lines are dropped entirely (playback
     // owns the widgets then); states, errors and messages still pass.
@@ -36,11 +38,9 @@ private:
     void onErrorParsed(double timestamp, const QString &errorId);
     void onStateParsed(double timestamp, const QString &group, const QString &state);
     void onUnrecognizedParsed(double timestamp, const QString &text);
-    bool recording() const;
 
     SignalRouter *m_router = nullptr;
-    SerialManager *m_serial = nullptr;
-    RecordingWriter *m_recorder = nullptr;
+    LivePipeline *m_pipeline = nullptr;
     std::function<bool()> m_valuesMuted;
     std::function<bool()> m_routingSuspended;
     QMap<QString, double> m_latestValues;

@@ -84,9 +84,11 @@ void MainToolBars::buildSerialControls(QToolBar *bar)
     portBox = new QComboBox(bar);
     portBox->setObjectName(QStringLiteral("portBox"));
     portBox->setMinimumWidth(140);
-    // Editable so that any device path (a pseudo-terminal, a symlink) can be typed.
+    // Editable so that any device path (a pseudo-terminal, a symlink) or network source can be typed.
     portBox->setEditable(true);
     portBox->setInsertPolicy(QComboBox::NoInsert);
+    portBox->setToolTip(tr("A serial port from the list, or type a device path, tcp://HOST:PORT, "
+                           "udp://[HOST]:PORT or sim: (the simulated device of the project)"));
     bar->addWidget(portBox);
 
     bar->addWidget(new QLabel(tr(" Baud: "), bar));
@@ -111,8 +113,9 @@ void MainToolBars::buildSerialControls(QToolBar *bar)
     reconnectBox = new QCheckBox(tr("Reconnect"), bar);
     reconnectBox->setObjectName(QStringLiteral("reconnectBox"));
     reconnectBox->setToolTip(tr("If checked, a lost port is opened again at the same baud rate as soon as its device "
-                                "is back (looked for every half second). A recording that the loss ended is not "
-                                "restarted."));
+                                "is back (looked for every half second); a network source is tried again after "
+                                "half a second, then less and less often, up to every 10 seconds. A recording that "
+                                "the loss ended is not restarted."));
     bar->addWidget(reconnectBox);
     addSpacer(bar);
 }

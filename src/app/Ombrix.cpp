@@ -7,6 +7,7 @@
 #include "FileActions.h"
 #include "FileButton.h"
 #include "LiveInput.h"
+#include "LivePipeline.h"
 #include "MainMenus.h"
 #include "MainToolBars.h"
 #include "PlaybackScrubber.h"
@@ -59,7 +60,7 @@ Ombrix::Ombrix(QWidget *parent)
     m_live = new LiveInput(m_core->router(), this);
     m_playback = new PlaybackSession(m_project, m_core, m_toolBars->positionSlider, this);
     m_modes = new ModeController(m_project, m_core->dashboard(), m_core->router(), m_live, m_playback, this);
-    m_serialControls = new SerialControls(m_live->serial(), m_toolBars, statusBar(), this);
+    m_serialControls = new SerialControls(m_live->pipeline(), m_toolBars, statusBar(), this);
     m_files = new FileActions(m_project, m_core, m_playback, this);
     m_live->setValuesMuted([this] { return m_muteLiveInputDuringPlayback && m_modes->playbackOwnsWidgets(); });
     m_live->setRoutingSuspended([this] { return m_modes->playbackOwnsWidgets(); });
@@ -106,6 +107,8 @@ void Ombrix::connectProject()
     connect(m_project, &Project::definitionsLoaded, dashboard(), &Dashboard::updateWidgets);
     connect(m_project, &Project::definitionsLoaded, this, showTitle);
     connect(m_project, &Project::definitionsLoaded, this, &Ombrix::signalsDefChanged);
+    // The simulated device speaks the definitions in force.
+    connect(m_project, &Project::definitionsLoaded, m_live->pipeline(), &LivePipeline::setDefinitionsPath);
     connect(m_project, &Project::opened, this, [this, showTitle](const QString &dir) {
         DashboardWidget::setProjectFolder(dir);
         statusBar()->showMessage(tr("Project: %1").arg(dir), 3000);

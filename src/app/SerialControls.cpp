@@ -1,8 +1,9 @@
 #include "SerialControls.h"
 
+#include "LivePipeline.h"
 #include "MainToolBars.h"
-#include "PortReconnector.h"
 #include "SerialManager.h"
+#include "SourceAddress.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -13,13 +14,14 @@
 #include <QTime>
 #include <QToolButton>
 
-SerialControls::SerialControls(SerialManager *serial, MainToolBars *toolBars, QStatusBar *statusBar, QObject *parent)
+SerialControls::SerialControls(LivePipeline *pipeline, MainToolBars *toolBars, QStatusBar *statusBar,
+                               QObject *parent)
     : QObject(parent)
-    , m_serial(serial)
+    , m_pipeline(pipeline)
+    , m_serial(pipeline->serial())
     , m_toolBars(toolBars)
     , m_statusBar(statusBar)
     , m_portBox(toolBars->portBox)
-    , m_reconnector(new PortReconnector(serial, this))
     , m_staleLabel(new QLabel(tr("Port lost — values are stale"), statusBar))
 {
     m_staleLabel->setObjectName(QStringLiteral("staleLabel"));
@@ -32,9 +34,12 @@ SerialControls::SerialControls(SerialManager *serial, MainToolBars *toolBars, QS
     connect(m_toolBars->reconnectBox, &QCheckBox::toggled, this, &SerialControls::onReconnectToggled);
     connect(m_serial, &SerialManager::portsChanged, m_toolBars, &MainToolBars::setPorts);
     connect(m_serial, &SerialManager::errorOccurred, this, &SerialControls::onSerialError);
-    connect(m_serial, &SerialManager::portLost, this, &SerialControls::onPortLost);
+    connect(m_serial, &SerialManager::sourceOpened, this, &SerialControls::updateButton);
     connect(m_serial, &SerialManager::overlongLineDropped, this, &SerialControls::onOverlongLine);
-    connect(m_reconnector, &PortReconnector::reconnected, this, &SerialControls::onReconnected);
+    connect(m_serial, &SerialManager::oversizedInputDropped, this, &SerialControls::onOversizedInput);
+    connect(m_pipeline, &LivePipeline::sourceLost, this, &SerialControls::onSourceLost);
+    connect(m_pipeline, &LivePipeline::reconnected, this, &SerialControls::onReconnected);
+    connect(m_pipeline, &LivePipeline::sourceClosed, this, &SerialControls::portClosed);
     // Devices come and go while the window is open: the list is read again
     // each time it is opened, not only at start.
     m_toolBars->portBox->installEventFilter(this);
@@ -59,7 +64,7 @@ bool SerialControls::eventFilter(QObject *watched, QEvent *event)
 void SerialControls::onConnectClicked()
 {
     qDebug() << "Connect clicked";
-    if (m_serial->isOpen() || m_reconnector->isWaiting()) {
+    if (m_pipeline->isOpen() || m_pipeline->isOpening() || m_pipeline->isWaitingToReconnect()) {
         disconnectPort();
         return;
     }
@@ -68,16 +73,15 @@ void SerialControls::onConnectClicked()
 
 bool SerialControls::connectPort(const QString &portName, int baudRate)
 {
-    m_reconnector->stop(); // the user's choice replaces the lost port
     m_toolBars->setPortName(portName);
     m_toolBars->setBaudRate(baudRate);
     SerialSettings settings;
-    settings.portName = portName;
+    settings.portName = portName.trimmed();
     settings.baudRate = baudRate;
-    const bool opened = !portName.isEmpty() && m_serial->open(settings);
+    const bool opened = !settings.portName.isEmpty() && m_pipeline->open(settings);
     if (!opened) {
         qDebug() << "Not open";
-        if (portName.isEmpty())
+        if (settings.portName.isEmpty())
             m_statusBar->showMessage(tr("Choose a serial port first."), 5000);
     } else {
         setStale(false);
@@ -88,50 +92,36 @@ bool SerialControls::connectPort(const QString &portName, int baudRate)
 
 void SerialControls::disconnectPort()
 {
-    const bool wasOpen = m_serial->isOpen();
-    m_reconnector->stop();
-    m_serial->close();
+    m_pipeline->close();
     setStale(false);
     updateButton();
-    if (wasOpen)
-        Q_EMIT portClosed(m_serial->portName());
 }
 
 void SerialControls::onSerialError(const QString &message)
 {
-    // The port's own texts ("Permission denied") do not say which port.
-    m_statusBar->showMessage(tr("Serial port error on %1: %2").arg(m_serial->portName(), message), 10000);
-    if (!m_serial->isOpen()) {
-        updateButton();
-        return;
-    }
-    // The port is only read: any error while open means the stream is broken
-    // (a hung-up device may report a read error rather than a resource error).
+    // The system's texts ("Permission denied", "Connection refused") do not say which source.
     const QString name = m_serial->portName();
-    m_serial->close();
-    onPortLost(name);
+    const QString text = SourceAddress::schemeOf(name).isEmpty() ? tr("Serial port error on %1: %2")
+                                                                 : tr("Error on %1: %2");
+    m_statusBar->showMessage(text.arg(name, message), 10000);
+    updateButton();
 }
 
-void SerialControls::onPortLost(const QString &portName)
+void SerialControls::onSourceLost(const QString &portName)
 {
     setStale(true, portName);
-    if (m_toolBars->reconnectBox->isChecked()) {
-        m_reconnector->start(m_serial->settings());
+    if (m_pipeline->isWaitingToReconnect())
         m_statusBar->showMessage(tr("Port %1 lost; it is opened again when it is back.").arg(portName));
-    } else {
+    else
         m_statusBar->showMessage(tr("Port %1 lost.").arg(portName));
-    }
     updateButton();
     Q_EMIT portLost(portName);
 }
 
-// Checked after a loss, it waits for the port lost last; unchecked, it stops waiting.
+// Checked after a loss, it waits for the source lost last; unchecked, it stops waiting.
 void SerialControls::onReconnectToggled(bool on)
 {
-    if (!on)
-        m_reconnector->stop();
-    else if (m_stale && !m_serial->isOpen())
-        m_reconnector->start(m_serial->settings());
+    m_pipeline->setReconnect(on);
     updateButton();
 }
 
@@ -148,9 +138,17 @@ void SerialControls::onOverlongLine(double, qint64 maxBytes)
                              10000);
 }
 
+void SerialControls::onOversizedInput(qint64 maxBytes, qint64 total)
+{
+    m_statusBar->showMessage(tr("%1: datagram larger than %2 bytes dropped (%3 so far)")
+                                 .arg(m_serial->portName())
+                                 .arg(maxBytes)
+                                 .arg(total),
+                             10000);
+}
+
 void SerialControls::setStale(bool stale, const QString &portName)
 {
-    m_stale = stale;
     if (stale) {
         m_staleLabel->setToolTip(tr("%1 was lost at %2. The dashboard shows the last values it sent.")
                                      .arg(portName, QTime::currentTime().toString(Qt::ISODate)));
@@ -160,8 +158,12 @@ void SerialControls::setStale(bool stale, const QString &portName)
 
 void SerialControls::updateButton()
 {
-    const bool waiting = m_reconnector->isWaiting();
-    m_toolBars->setConnected(m_serial->isOpen() || waiting);
-    m_toolBars->connectButton->setToolTip(
-        waiting ? tr("Waiting for %1 to come back; click to stop waiting.").arg(m_reconnector->portName()) : QString());
+    const bool waiting = m_pipeline->isWaitingToReconnect();
+    m_toolBars->setConnected(m_pipeline->isOpen() || m_pipeline->isOpening() || waiting);
+    QString tip;
+    if (waiting)
+        tip = tr("Waiting for %1 to come back; click to stop waiting.").arg(m_pipeline->lostSourceName());
+    else if (m_pipeline->isOpening())
+        tip = tr("Connecting to %1; click to give up.").arg(m_serial->portName());
+    m_toolBars->connectButton->setToolTip(tip);
 }

@@ -10,36 +10,39 @@ class QLabel;
 class QStatusBar;
 QT_END_NAMESPACE
 
+class LivePipeline;
 class MainToolBars;
-class PortReconnector;
 class SerialManager;
 
-// The serial controls of the tool bar: the port list, the baud box, the
-// connect button and the "Reconnect" check box, kept in step with the serial
-// link. Failures show in the status bar; the window stays usable whatever
-// the port does.
+// The source controls of the tool bar: the port box (the serial ports the
+// system reports; any device path or network source can be typed in), the
+// baud box, the connect button and the "Reconnect" check box, kept in step
+// with the live pipeline. Failures show in the status bar, naming the
+// source; the window stays usable whatever the source does.
 //
-// A lost port leaves the last values on the dashboard: a permanent label in
-// the status bar says they are stale until the port opens again or the user
-// disconnects. With "Reconnect" checked the lost port is opened again once
-// its device is back; meanwhile the button offers "Disconnect", which stops
+// A lost source leaves the last values on the dashboard: a permanent label
+// in the status bar says they are stale until the source opens again or the
+// user disconnects. With "Reconnect" checked the lost source is opened again
+// once it is back; meanwhile the button offers "Disconnect", which stops
 // waiting.
 class SerialControls : public QObject
 {
     Q_OBJECT
 
 public:
-    SerialControls(SerialManager *serial, MainToolBars *toolBars, QStatusBar *statusBar, QObject *parent = nullptr);
+    SerialControls(LivePipeline *pipeline, MainToolBars *toolBars, QStatusBar *statusBar, QObject *parent = nullptr);
 
-    // Opens a port (any device path) at a baud rate, as the connect button does.
+    // Opens a source (a serial port by any device path, at a baud rate, or a
+    // network or simulated source) as the connect button does. A network
+    // source may still be connecting on return.
     bool connectPort(const QString &portName, int baudRate);
-    // Closes the port, or stops waiting for a lost one to come back.
+    // Closes the source, or stops waiting for a lost one to come back.
     void disconnectPort();
 
 Q_SIGNALS:
-    // The open port went away and was closed.
+    // The open source went away and was closed.
     void portLost(const QString &portName);
-    // The port was closed on request (the Disconnect button).
+    // The source was closed on request (the Disconnect button).
     void portClosed(const QString &portName);
 
 protected:
@@ -49,19 +52,19 @@ protected:
 private:
     void onConnectClicked();
     void onSerialError(const QString &message);
-    void onPortLost(const QString &portName);
+    void onSourceLost(const QString &portName);
     void onReconnectToggled(bool on);
     void onReconnected(const QString &portName);
     void onOverlongLine(double timestamp, qint64 maxBytes);
+    void onOversizedInput(qint64 maxBytes, qint64 total);
     void setStale(bool stale, const QString &portName = QString());
     void updateButton();
 
+    LivePipeline *m_pipeline = nullptr;
     SerialManager *m_serial = nullptr;
     MainToolBars *m_toolBars = nullptr;
     QStatusBar *m_statusBar = nullptr;
     // Only compared with, never dereferenced: see eventFilter().
     const QComboBox *m_portBox = nullptr;
-    PortReconnector *m_reconnector = nullptr;
     QLabel *m_staleLabel = nullptr;
-    bool m_stale = false; // the port was lost and nothing has replaced it
 };

@@ -30,7 +30,9 @@ void StartupOptions::addOptions(QCommandLineParser &parser)
                       QStringLiteral("file")});
     parser.addOption({kLayout, QStringLiteral("Layout file to load once the project is open."),
                       QStringLiteral("file")});
-    parser.addOption({kPort, QStringLiteral("Serial port (name or device path) to connect at start."),
+    parser.addOption({kPort,
+                      QStringLiteral("Source to connect at start: a serial port (name or device path), "
+                                     "tcp://HOST:PORT, udp://[HOST]:PORT or sim:."),
                       QStringLiteral("name")});
     parser.addOption({kBaud, QStringLiteral("Baud rate for --port (default 115200)."), QStringLiteral("rate"),
                       QStringLiteral("115200")});

@@ -1,12 +1,12 @@
 #include "RecordCommand.h"
 
 #include "CliCommand.h"
-#include "DevicePaths.h"
+#include "CliSource.h"
+#include "LivePipeline.h"
 #include "RecordingWriter.h"
 #include "SerialManager.h"
 #include "TerminationNotifier.h"
 
-#include <QDir>
 #include <QEventLoop>
 #include <QFileInfo>
 #include <QTextStream>
@@ -14,76 +14,62 @@
 
 #include <climits>
 #include <cmath>
-#include <cstdio>
 
 RecordCommand::RecordCommand(QObject *parent)
     : QObject(parent)
-    , m_serial(new SerialManager(this))
-    , m_writer(new RecordingWriter(this))
+    , m_pipeline(new LivePipeline(this))
     , m_durationTimer(new QTimer(this))
-    , m_deviceWatch(new QTimer(this))
     , m_termination(new TerminationNotifier(this))
 {
     m_durationTimer->setSingleShot(true);
-    connect(m_durationTimer, &QTimer::timeout, this,
-            [this] { finish(0, QStringLiteral("duration reached")); });
+    connect(m_durationTimer, &QTimer::timeout, this, [this] { finish(0, QStringLiteral("duration reached")); });
     connect(m_termination, &TerminationNotifier::terminationRequested, this,
             [this] { finish(0, QStringLiteral("interrupted")); });
-    m_deviceWatch->setInterval(DeviceWatchMs);
-    connect(m_deviceWatch, &QTimer::timeout, this, &RecordCommand::checkDevicePresent);
-    connect(m_writer, &RecordingWriter::writeFailed, this, &RecordCommand::onWriteFailed);
+    connect(m_pipeline->recorder(), &RecordingWriter::writeFailed, this, &RecordCommand::onWriteFailed);
 }
 
 QString RecordCommand::filePath() const
 {
-    return m_writer->filePath();
+    return m_pipeline->recorder()->filePath();
 }
 
-bool RecordCommand::start(const SerialSettings &settings, const QString &projectDir,
-                          const QString &definitionsPath, const Limits &limits, QString *error)
+bool RecordCommand::start(const CliSource &source, const Limits &limits, QString *error)
 {
-    connect(m_serial, &SerialManager::errorOccurred, this,
-            [this](const QString &message) { m_lastSerialError = message; });
-    if (!m_serial->open(settings)) {
-        *error = QStringLiteral("cannot open %1: %2").arg(settings.portName, m_lastSerialError);
+    if (!source.open(*m_pipeline, m_termination, error))
         return false;
-    }
-    if (!m_writer->start(projectDir, definitionsPath)) {
-        m_serial->close();
-        *error = m_writer->errorString();
+    RecordingWriter *writer = m_pipeline->recorder();
+    if (!writer->start(source.projectDir(), source.definitionsPath())) {
+        m_pipeline->close();
+        *error = writer->errorString();
         return false;
     }
     m_lineLimit = limits.lines;
-    connectSerial();
+    watchSource();
     if (limits.durationMs > 0)
         m_durationTimer->start(std::chrono::milliseconds(limits.durationMs));
-    m_devicePath = DevicePaths::systemLocation(settings.portName);
-    if (QFileInfo::exists(m_devicePath))
-        m_deviceWatch->start();
     return true;
 }
 
-// The same events, in the same forms, as the window records.
-void RecordCommand::connectSerial()
+void RecordCommand::watchSource()
 {
-    connect(m_serial, &SerialManager::rawLineReceived, this, &RecordCommand::onRawLine);
-    connect(m_serial, &SerialManager::lineParsed, m_writer, &RecordingWriter::appendValues);
-    connect(m_serial, &SerialManager::stateParsed, m_writer, &RecordingWriter::appendState);
-    connect(m_serial, &SerialManager::errorParsed, m_writer, &RecordingWriter::appendError);
-    connect(m_serial, &SerialManager::unrecognizedParsed, m_writer, &RecordingWriter::appendMessage);
-    connect(m_serial, &SerialManager::portLost, this, &RecordCommand::onPortLost);
-    connect(m_serial, &SerialManager::overlongLineDropped, this, [this](double, qint64 maxBytes) {
+    SerialManager *serial = m_pipeline->serial();
+    connect(serial, &SerialManager::rawLineReceived, this, &RecordCommand::onRawLine);
+    connect(m_pipeline, &LivePipeline::sourceLost, this, &RecordCommand::onSourceLost);
+    connect(serial, &SerialManager::overlongLineDropped, this, [this](double, qint64 maxBytes) {
         Q_EMIT notice(QStringLiteral("line longer than %1 bytes dropped").arg(maxBytes));
+    });
+    connect(serial, &SerialManager::oversizedInputDropped, this, [this](qint64 maxBytes, qint64 total) {
+        Q_EMIT notice(QStringLiteral("datagram larger than %1 bytes dropped (%2 so far)").arg(maxBytes).arg(total));
     });
 }
 
-// Comes first of a line's signals: past the limit the writer is cut off
+// Comes first of a line's signals: past the limit the recording is closed
 // before the line's events, and the line that reaches the limit is
 // finished before stopping.
 void RecordCommand::onRawLine()
 {
     if (m_lineLimit > 0 && m_linesReceived >= m_lineLimit) {
-        disconnect(m_serial, nullptr, m_writer, nullptr);
+        m_pipeline->recorder()->stop();
         return;
     }
     ++m_linesReceived;
@@ -91,16 +77,14 @@ void RecordCommand::onRawLine()
         QTimer::singleShot(0, this, [this] { finish(0, QStringLiteral("line limit reached")); });
 }
 
-void RecordCommand::onPortLost()
+void RecordCommand::onSourceLost(const QString &, const QString &reason)
 {
-    // The port's own text for a vanished device is often beside the point
-    // (a hung-up terminal reads as "Permission denied"): a device file that
-    // is gone says more.
-    const QString cause = QFileInfo::exists(m_devicePath)
-        ? QStringLiteral("the device stopped answering: %1").arg(m_lastSerialError)
-        : QStringLiteral("the device disappeared: %1 no longer exists").arg(m_devicePath);
-    finish(DeviceLostExitCode,
-           QStringLiteral("%1; the recording holds everything received until then").arg(cause));
+    // A device that says goodbye after the last line wanted has done no harm.
+    if (m_lineLimit > 0 && m_linesReceived >= m_lineLimit) {
+        finish(0, QStringLiteral("line limit reached"));
+        return;
+    }
+    finish(DeviceLostExitCode, QStringLiteral("%1; the recording holds everything received until then").arg(reason));
 }
 
 // The writer has stopped, keeping every whole line it could write: the
@@ -109,15 +93,7 @@ void RecordCommand::onWriteFailed(const QString &message)
 {
     finish(1, QStringLiteral("cannot write %1 (%2); it keeps the %3 lines written before")
                   .arg(filePath(), message)
-                  .arg(m_writer->linesInFile()));
-}
-
-// A hung-up terminal (a closed pseudo-terminal, some adapters) only reads
-// end-of-file and never reports an error; its device file is gone though.
-void RecordCommand::checkDevicePresent()
-{
-    if (!QFileInfo::exists(m_devicePath))
-        onPortLost();
+                  .arg(m_pipeline->recorder()->linesInFile()));
 }
 
 void RecordCommand::finish(int exitCode, const QString &reason)
@@ -126,21 +102,12 @@ void RecordCommand::finish(int exitCode, const QString &reason)
         return;
     m_finished = true;
     m_durationTimer->stop();
-    m_deviceWatch->stop();
-    m_writer->stop();
-    m_serial->close();
+    m_pipeline->recorder()->stop();
+    m_pipeline->close();
     Q_EMIT finished(exitCode, reason);
 }
 
 namespace {
-
-struct RecordArguments
-{
-    SerialSettings settings;
-    QString projectDir;
-    QString definitionsPath;
-    RecordCommand::Limits limits;
-};
 
 bool parseLimits(CliCommand &cli, const QCommandLineOption &duration, const QCommandLineOption &lines,
                  RecordCommand::Limits *limits)
@@ -168,51 +135,21 @@ bool parseLimits(CliCommand &cli, const QCommandLineOption &duration, const QCom
 
 // False after printing a usage error (exit 2) or the help (exit 0); the
 // exit code is then in *exitCode.
-bool parseArguments(CliCommand &cli, const QStringList &args, RecordArguments *out, int *exitCode)
+bool parseArguments(CliCommand &cli, CliSource &source, const QStringList &args, RecordCommand::Limits *limits,
+                    int *exitCode)
 {
-    const QCommandLineOption port({QStringLiteral("p"), QStringLiteral("port")},
-                                  QStringLiteral("The serial port (name or device path)."), QStringLiteral("NAME"));
-    const QCommandLineOption baud({QStringLiteral("b"), QStringLiteral("baud")},
-                                  QStringLiteral("Baud rate (default 115200)."), QStringLiteral("N"),
-                                  QStringLiteral("115200"));
-    const QCommandLineOption project(QStringLiteral("project"), QStringLiteral("The project folder."),
-                                     QStringLiteral("DIR"));
-    const QCommandLineOption def({QStringLiteral("d"), QStringLiteral("def")},
-                                 QStringLiteral("Definitions copied beside the recording (default: "
-                                                "DIR/dashboard_signals.def)."),
-                                 QStringLiteral("FILE"));
     const QCommandLineOption duration(QStringLiteral("duration"), QStringLiteral("Stop after S seconds."),
                                       QStringLiteral("S"));
     const QCommandLineOption lines(QStringLiteral("lines"), QStringLiteral("Stop after N lines."),
                                    QStringLiteral("N"));
-    cli.parser().addOptions({port, baud, project, def, duration, lines});
+    cli.parser().addOptions({duration, lines});
     QStringList positionals;
     if (!cli.parse(args) || !cli.takePositionals({}, &positionals)) {
         *exitCode = cli.exitCode();
         return false;
     }
     *exitCode = 2;
-    const QCommandLineParser &parser = cli.parser();
-    out->settings.portName = parser.value(port);
-    out->projectDir = parser.value(project);
-    bool baudOk = false;
-    out->settings.baudRate = parser.value(baud).toInt(&baudOk);
-    out->definitionsPath = parser.isSet(def)
-        ? parser.value(def)
-        : QDir(out->projectDir).filePath(QStringLiteral("dashboard_signals.def"));
-    if (out->settings.portName.isEmpty())
-        cli.usageError(QStringLiteral("missing --port NAME"));
-    else if (out->projectDir.isEmpty())
-        cli.usageError(QStringLiteral("missing --project DIR"));
-    else if (!QFileInfo(out->projectDir).isDir())
-        cli.usageError(QStringLiteral("no such project folder: %1").arg(out->projectDir));
-    else if (!baudOk || out->settings.baudRate <= 0)
-        cli.usageError(QStringLiteral("--baud needs a positive whole number"));
-    else if (parser.isSet(def) && !QFileInfo(out->definitionsPath).isFile())
-        cli.usageError(QStringLiteral("no such definition file: %1").arg(out->definitionsPath));
-    else
-        return parseLimits(cli, duration, lines, &out->limits);
-    return false;
+    return source.read() && parseLimits(cli, duration, lines, limits);
 }
 
 } // namespace
@@ -220,29 +157,28 @@ bool parseArguments(CliCommand &cli, const QStringList &args, RecordArguments *o
 int RecordCommand::run(const QStringList &args)
 {
     CliCommand cli(QStringLiteral("record"),
-                   QStringLiteral("--port NAME --project DIR [--baud N] [--def FILE] [--duration S | --lines N]"),
-                   QStringLiteral("Record a serial port into DIR/recordings, as the window does, until\n"
-                                  "the limit is reached, Ctrl+C, or the device goes away. Prints the\n"
-                                  "recording's path. Exit status: 0 when stopped, 1 when the port or the\n"
-                                  "file cannot be opened or written, 2 for bad arguments, 3 when the\n"
-                                  "device went away (the recording keeps every line received until then)."));
-    RecordArguments arguments;
+                   QStringLiteral("--port SOURCE --project DIR [--baud N] [--def FILE] [--duration S | --lines N]"),
+                   QStringLiteral("Record a source (a serial port, tcp://HOST:PORT, udp://[HOST]:PORT or sim:)\n"
+                                  "into DIR/recordings, as the window does, until the limit is reached,\n"
+                                  "Ctrl+C, or the source goes away. Prints the recording's path. Exit\n"
+                                  "status: 0 when stopped, 1 when the source or the file cannot be opened\n"
+                                  "or written, 2 for bad arguments, 3 when the source went away (the\n"
+                                  "recording keeps every line received until then)."));
+    CliSource source(cli, true);
+    Limits limits;
     int exitCode = 0;
-    if (!parseArguments(cli, args, &arguments, &exitCode))
+    if (!parseArguments(cli, source, args, &limits, &exitCode))
         return exitCode;
-    if (!QFileInfo(arguments.definitionsPath).isFile())
+    if (!QFileInfo(source.definitionsPath()).isFile())
         cli.note(QStringLiteral("%1 not found; the recording gets no companion definitions")
-                     .arg(arguments.definitionsPath));
+                     .arg(source.definitionsPath()));
 
     RecordCommand recorder;
     QString error;
-    if (!recorder.start(arguments.settings, arguments.projectDir, arguments.definitionsPath,
-                        arguments.limits, &error))
+    if (!recorder.start(source, limits, &error))
         return cli.fail(error);
     QTextStream(stdout) << recorder.filePath() << Qt::endl;
-    cli.note(QStringLiteral("recording %1 at %2 baud; Ctrl+C stops")
-                 .arg(arguments.settings.portName)
-                 .arg(arguments.settings.baudRate));
+    cli.note(QStringLiteral("recording %1; Ctrl+C stops").arg(source.description()));
 
     connect(&recorder, &RecordCommand::notice, &recorder, [&cli](const QString &message) { cli.note(message); });
     QEventLoop loop;

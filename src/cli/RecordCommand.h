@@ -1,7 +1,5 @@
 #pragma once
 
-#include "SerialSettings.h"
-
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -10,19 +8,20 @@ QT_BEGIN_NAMESPACE
 class QTimer;
 QT_END_NAMESPACE
 
-class RecordingWriter;
-class SerialManager;
+class CliSource;
+class LivePipeline;
 class TerminationNotifier;
 
-// ombrix-cli record --port NAME [--baud N] --project DIR [--def FILE]
-// [--duration S | --lines N]: records a serial port into the project's
-// "recordings" folder exactly as the window does (same file name, line
-// forms and companion definitions), prints the recording's path on stdout
-// and runs until the limit, SIGINT/SIGTERM, or the device going away.
+// ombrix-cli record --port SOURCE [--baud N] --project DIR [--def FILE]
+// [--duration S | --lines N]: records a source (a serial port, tcp://,
+// udp://, sim:) into the project's "recordings" folder exactly as the window
+// does (same file name, line forms and companion definitions), prints the
+// recording's path on stdout and runs until the limit, SIGINT/SIGTERM, or
+// the source going away.
 //
-// Exit codes: 0 after a clean stop (limit or signal), 1 when the port or
+// Exit codes: 0 after a clean stop (limit or signal), 1 when the source or
 // the file cannot be opened or writing failed on the way, 2 for bad
-// arguments, 3 when the device disappeared (the recording then holds every
+// arguments, 3 when the source went away (the recording then holds every
 // line received until then).
 class RecordCommand : public QObject
 {
@@ -39,14 +38,13 @@ public:
 
     explicit RecordCommand(QObject *parent = nullptr);
 
-    // Opens the port, then starts the recording. False with *error set.
-    bool start(const SerialSettings &settings, const QString &projectDir,
-               const QString &definitionsPath, const Limits &limits, QString *error);
+    // Opens the source (waiting for a connection), then starts the
+    // recording. False with *error set.
+    bool start(const CliSource &source, const Limits &limits, QString *error);
     QString filePath() const;
     qint64 linesReceived() const { return m_linesReceived; }
 
     static constexpr int DeviceLostExitCode = 3;
-    static constexpr int DeviceWatchMs = 250;
 
 Q_SIGNALS:
     // The recording has been closed; reason says why, for the user.
@@ -55,20 +53,15 @@ Q_SIGNALS:
     void notice(const QString &message);
 
 private:
-    void connectSerial();
+    void watchSource();
     void onRawLine();
-    void onPortLost();
+    void onSourceLost(const QString &name, const QString &reason);
     void onWriteFailed(const QString &message);
-    void checkDevicePresent();
     void finish(int exitCode, const QString &reason);
 
-    SerialManager *m_serial = nullptr;
-    RecordingWriter *m_writer = nullptr;
+    LivePipeline *m_pipeline = nullptr;
     QTimer *m_durationTimer = nullptr;
-    QTimer *m_deviceWatch = nullptr;
-    QString m_devicePath;
     TerminationNotifier *m_termination = nullptr;
-    QString m_lastSerialError;
     qint64 m_lineLimit = 0;
     qint64 m_linesReceived = 0;
     bool m_finished = false;
