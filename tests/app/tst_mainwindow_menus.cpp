@@ -205,6 +205,11 @@ private Q_SLOTS:
         QCOMPARE(bars->playbackFileLabel->text(), QStringLiteral("bench.rec"));
         QCOMPARE(bars->playbackFileButton->toolTip(), QDir::toNativeSeparators(path));
         QVERIFY(bars->playbackFileButton->sizeHint().width() > bars->playbackFileLabel->sizeHint().width());
+
+        // Cancelling keeps the selection.
+        bars->playbackFileButton->click();
+        QCOMPARE(f.prompts->captions.size(), 2);
+        QCOMPARE(f.window->playbackFile(), path);
     }
 
     void recentListsPersistAcrossWindows()

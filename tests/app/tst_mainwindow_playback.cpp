@@ -131,34 +131,6 @@ private Q_SLOTS:
         QCOMPARE(f.window->engine()->currentTime(), 0.0);
     }
 
-    void lostPortEndsRecordingWithEverythingReceived_data()
-    {
-        QTest::addColumn<bool>("userDisconnects");
-        QTest::newRow("device gone") << false;
-        // A reconnected port starts its clock again: the times would run backwards in one file.
-        QTest::newRow("disconnect clicked") << true;
-    }
-
-    void lostPortEndsRecordingWithEverythingReceived()
-    {
-        QFETCH(bool, userDisconnects);
-        PtyPair pty;
-        WindowFixture f;
-        QVERIFY(startRecording(f, pty));
-        const QString path = f.window->recordingWriter()->filePath();
-        QVERIFY(pty.write("1.0 RPM=1\n2.0 RPM=2\n"));
-        QTRY_COMPARE(f.window->latestValues().value(QStringLiteral("RPM")), 2.0);
-
-        if (userDisconnects)
-            QTest::mouseClick(f.window->toolBars()->connectButton, Qt::LeftButton);
-        else
-            pty.close();
-        QTRY_COMPARE(f.window->mode(), Ombrix::Idle);
-        if (!userDisconnects)
-            QVERIFY(f.window->statusBar()->currentMessage().contains(QFileInfo(path).fileName()));
-        QCOMPARE(readFile(path), QByteArray("0.000000 RPM=1\n1.000000 RPM=2\n"));
-    }
-
     // A full disk ends the recording: the user learns which file, why, and
     // what it keeps, and the file ends on its last whole line.
     void refusedWritesEndTheRecording()
@@ -278,21 +250,6 @@ private Q_SLOTS:
         f.window->playButton();
         f.window->engine()->seek(0.0);
         QCOMPARE(f.gauge->value(), 60.0);
-    }
-
-    void playbackFileLabelFollowsSelection()
-    {
-        PlaybackFixture f;
-        f.prompts->fileAnswers = {f.recording};
-        f.window->toolBars()->playbackFileLabel->show();
-        QTest::mouseClick(f.window->toolBars()->playbackFileLabel, Qt::LeftButton);
-        QCOMPARE(f.window->toolBars()->playbackFileLabel->text(), QStringLiteral("bench.rec"));
-        QCOMPARE(f.window->engine()->frames().duration(), 3.0);
-
-        // Cancelling keeps the selection.
-        f.window->selectPlaybackFile();
-        QCOMPARE(f.prompts->captions.size(), 2);
-        QCOMPARE(f.window->playbackFile(), f.recording);
     }
 
     void exportsThroughWindowEqualExporters()
