@@ -16,7 +16,6 @@
 #include <QCheckBox>
 #include <QDoubleSpinBox>
 #include <QLabel>
-#include <QProcess>
 #include <QSlider>
 #include <QStatusBar>
 #include <QToolButton>
@@ -291,54 +290,6 @@ private Q_SLOTS:
         QVERIFY(f.prompts->warnings.at(0).details.contains(unwritable + QLatin1String(": No such file or directory")));
     }
 
-    void simulatedDeviceIsRecordedAndPlayedBack()
-    {
-        const QString demo = QStringLiteral(OMBRIX_SOURCE_DIR "/examples/demo");
-        QTemporaryDir root;
-        const QString project = root.filePath(QStringLiteral("bench"));
-        QVERIFY(writeFile(project + QStringLiteral("/dashboard_signals.def"),
-                          readFile(demo + QStringLiteral("/dashboard_signals.def"))));
-        const QString link = root.filePath(QStringLiteral("device"));
-
-        // With the device's own time stamps every line is a frame of its own,
-        // however many lines one read of the port brings in.
-        QProcess simulator;
-        simulator.start(qEnvironmentVariable("OMBRIX_CLI"),
-                        {QStringLiteral("simulate"), QStringLiteral("--project"), project, QStringLiteral("--link"), link,
-                         QStringLiteral("--rate"), QStringLiteral("200"), QStringLiteral("--duration"), QStringLiteral("30"),
-                         QStringLiteral("--timestamps")});
-        QVERIFY2(simulator.waitForStarted(), qPrintable(simulator.errorString()));
-        QTRY_VERIFY(QFileInfo::exists(link));
-
-        Ombrix window;
-        ScriptedPrompts *prompts = ScriptedPrompts::installOn(window);
-        QVERIFY(window.setProjectDir(project));
-        QVERIFY(window.loadLayoutFrom(demo + QStringLiteral("/layouts/demo.json")));
-        AnalogGaugeWidget *speed = nullptr;
-        for (DashboardItem *item : window.dashboard()->items()) {
-            // The demo layout binds only signals its project declares.
-            for (const QString &name : item->dashboardWidget()->signalNames())
-                QVERIFY2(window.definitions()->signalFor(SignalRouter::routingName(name)), qPrintable(name));
-            auto *gauge = qobject_cast<AnalogGaugeWidget *>(item->dashboardWidget());
-            if (gauge && SignalRouter::routingName(gauge->signalNames().value(0)) == QLatin1String("SPEED"))
-                speed = gauge;
-        }
-        QVERIFY(speed);
-
-        QVERIFY(window.connectPort(link, 115200));
-        QTRY_VERIFY(speed->value() > 0.0);
-        window.recordButton();
-        QCOMPARE(window.mode(), Ombrix::Record);
-        QTRY_VERIFY(window.recordingWriter()->linesWritten() >= 100);
-        window.stopButton();
-        simulator.terminate();
-        QVERIFY(simulator.waitForFinished());
-
-        QVERIFY(window.engine()->frames().frameCount() >= 50);
-        QVERIFY(window.engine()->frames().signalNames().contains(QStringLiteral("SPEED")));
-        QVERIFY(QFileInfo::exists(Recording::companionPathFor(window.playbackFile())));
-        QVERIFY(prompts->warnings.isEmpty());
-    }
 };
 
 QTEST_MAIN(tst_MainWindowPlayback)
