@@ -175,32 +175,6 @@ private Q_SLOTS:
         }
     }
 
-    void freePlaceKeepsAGapToEveryItem_data()
-    {
-        QTest::addColumn<QList<QRectF>>("items");
-        QTest::addColumn<QPointF>("expected");
-        QTest::newRow("empty") << QList<QRectF>{} << QPointF(20, 20);
-        QTest::newRow("beside one") << QList<QRectF>{{20, 20, 100, 80}} << QPointF(140, 20);
-        QTest::newRow("below a full row") << QList<QRectF>{{20, 20, 2000, 80}} << QPointF(20, 120);
-        QTest::newRow("where a gap opens lower down")
-            << QList<QRectF>{{20, 20, 100, 200}, {140, 20, 2000, 60}} << QPointF(140, 100);
-    }
-
-    void freePlaceKeepsAGapToEveryItem()
-    {
-        QFETCH(QList<QRectF>, items);
-        QFETCH(QPointF, expected);
-        WindowFixture f;
-        f.window->dashboard()->scene()->setSceneRect(0, 0, 1000, 600);
-        for (const QRectF &rect : items) {
-            DashboardItem *item = f.add(QStringLiteral("TextLabel"));
-            item->setPos(rect.topLeft());
-            item->setSize(rect.size());
-            QCOMPARE(item->size(), rect.size());
-        }
-        QCOMPARE(f.window->dashboard()->freePosition(QSizeF(80, 60)), expected);
-    }
-
     void layoutRoundTripRestoresEveryItem()
     {
         WindowFixture f;
