@@ -10,6 +10,7 @@
 #include "FrameClock.h"
 #include "LiveFeeder.h"
 #include "Ombrix.h"
+#include "SerialManager.h"
 #include "SignalDefinitions.h"
 
 #include <QApplication>
@@ -17,11 +18,15 @@
 #include <QEvent>
 #include <QSerialPort>
 #include <QStandardPaths>
+#include <QNetworkDatagram>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTimer>
+#include <QUdpSocket>
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
 #include <limits>
 #include <vector>
 
@@ -154,6 +159,64 @@ const char *verdict(bool met)
     return met ? "(met)" : "(MISSED)";
 }
 
+// Lines per second that received() counts while the feeder writes as fast as
+// it is read. Counted at the reader: datagrams a slow reader misses are lost.
+double drainLinesPerSecond(LiveFeeder &feeder, const std::function<qint64()> &received)
+{
+    feeder.start(0.0);
+    BenchDemo::runFor(WarmUpMs);
+    const qint64 before = received();
+    QElapsedTimer wall;
+    wall.start();
+    BenchDemo::runFor(PhaseMs);
+    const double seconds = wall.nsecsElapsed() / 1e9;
+    const qint64 lines = received() - before;
+    feeder.stop();
+    BenchDemo::runFor(300);
+    return lines / seconds;
+}
+
+// A reader that takes every byte of the socket and only counts its lines.
+double plainSocketLinesPerSecond(LiveFeeder &feeder, LiveFeeder::Transport transport)
+{
+    qint64 received = 0;
+    QTcpSocket tcp;
+    QUdpSocket udp;
+    if (transport == LiveFeeder::Transport::Tcp) {
+        tcp.connectToHost(QHostAddress::LocalHost, feeder.port());
+        QObject::connect(&tcp, &QTcpSocket::readyRead, &tcp, [&] { received += tcp.readAll().count('\n'); });
+    } else {
+        if (!udp.bind(QHostAddress::LocalHost, feeder.port()))
+            qFatal("bench_live: cannot bind UDP port %d", feeder.port());
+        QObject::connect(&udp, &QUdpSocket::readyRead, &udp, [&] {
+            while (udp.hasPendingDatagrams())
+                received += udp.receiveDatagram().data().count('\n');
+        });
+    }
+    return drainLinesPerSecond(feeder, [&received] { return received; });
+}
+
+// The window drains a network source against a plain reader of the same kind.
+void printNetworkRows(Ombrix &window, const SignalDefinitions &defs)
+{
+    for (const auto transport : {LiveFeeder::Transport::Tcp, LiveFeeder::Transport::Udp}) {
+        LiveFeeder feeder(defs, ProbeSignal, transport);
+        const double plain = plainSocketLinesPerSecond(feeder, transport);
+        qint64 parsed = 0;
+        const auto counting =
+            QObject::connect(window.serialManager(), &SerialManager::lineParsed, [&parsed] { ++parsed; });
+        if (!window.connectPort(feeder.address(), 115200))
+            qFatal("bench_live: the window cannot open %s", qPrintable(feeder.address()));
+        const double drained = drainLinesPerSecond(feeder, [&parsed] { return parsed; });
+        QObject::disconnect(counting);
+        window.disconnectPort();
+        std::printf("| Lines drained per second from %s: window / plain socket reader | %.0f / %.0f = %.2f | >= 200,000 and >= 0.80 %s |\n",
+                    qPrintable(feeder.address().section(QLatin1Char(':'), 0, 0).toUpper()), drained, plain,
+                    drained / plain, verdict(drained >= 200000 && drained >= 0.8 * plain));
+        std::fflush(stdout);
+    }
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -224,7 +287,9 @@ int main(int argc, char *argv[])
                 verdict(drained.linesPerSecond >= 200000 && drained.linesPerSecond >= 0.8 * plain));
     std::printf("| Frames painted per second, draining at full speed | %.1f | <= 60 %s |\n", drained.framesPerSecond,
                 verdict(drained.framesPerSecond <= 61));
+    std::fflush(stdout);
 
     window.disconnectPort();
+    printNetworkRows(window, defs);
     return 0;
 }

@@ -3,22 +3,123 @@
 #include <QThread>
 
 #include <algorithm>
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <poll.h>
 #include <pthread.h>
+#include <sys/socket.h>
 #include <time.h>
+#include <unistd.h>
 
-LiveFeeder::LiveFeeder(const SignalDefinitions &defs, const QByteArray &probeSignal)
+namespace {
+
+// Datagrams stay below the loopback MTU, so none is fragmented.
+constexpr qsizetype MaxDatagramBytes = 8192;
+
+sockaddr_in loopback(quint16 port)
+{
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(port);
+    return address;
+}
+
+} // namespace
+
+LiveFeeder::LiveFeeder(const SignalDefinitions &defs, const QByteArray &probeSignal, Transport transport)
     : m_simulator(defs, 7)
     , m_probe(probeSignal)
+    , m_transport(transport)
 {
     QString error;
     if (!m_terminal.open(error))
         qFatal("no pseudo-terminal: %s", qPrintable(error));
     m_simulator.setTimestamps(true);
+    if (m_transport != Transport::PseudoTerminal)
+        openSocket();
 }
 
 LiveFeeder::~LiveFeeder()
 {
     stop();
+    if (m_socket >= 0)
+        ::close(m_socket);
+}
+
+void LiveFeeder::openSocket()
+{
+    const bool tcp = m_transport == Transport::Tcp;
+    m_socket = ::socket(AF_INET, tcp ? SOCK_STREAM : SOCK_DGRAM, 0);
+    sockaddr_in address = loopback(0);
+    socklen_t length = sizeof address;
+    // UDP: a free port found by binding a probe socket, then sent to.
+    const int bound = tcp ? m_socket : ::socket(AF_INET, SOCK_DGRAM, 0);
+    if (m_socket < 0 || ::bind(bound, reinterpret_cast<sockaddr *>(&address), sizeof address) != 0
+        || ::getsockname(bound, reinterpret_cast<sockaddr *>(&address), &length) != 0)
+        qFatal("bench feeder: no socket on 127.0.0.1");
+    m_port = ntohs(address.sin_port);
+    if (tcp) {
+        ::listen(m_socket, 4);
+        return;
+    }
+    ::close(bound);
+    const sockaddr_in target = loopback(m_port);
+    ::connect(m_socket, reinterpret_cast<const sockaddr *>(&target), sizeof target);
+}
+
+QString LiveFeeder::address() const
+{
+    return QStringLiteral("%1://127.0.0.1:%2")
+        .arg(m_transport == Transport::Tcp ? QStringLiteral("tcp") : QStringLiteral("udp"))
+        .arg(m_port);
+}
+
+bool LiveFeeder::acceptClient()
+{
+    pollfd listening{m_socket, POLLIN, 0};
+    while (m_running) {
+        if (::poll(&listening, 1, 50) > 0) {
+            m_client = ::accept(m_socket, nullptr, nullptr);
+            return m_client >= 0;
+        }
+    }
+    return false;
+}
+
+void LiveFeeder::closeClient()
+{
+    if (m_client >= 0)
+        ::close(m_client);
+    m_client = -1;
+}
+
+bool LiveFeeder::writeSome(QByteArray &pending)
+{
+    if (m_transport == Transport::PseudoTerminal) {
+        const qsizetype before = pending.size();
+        m_terminal.writeSome(pending);
+        return pending.size() != before;
+    }
+    qsizetype length = pending.size();
+    if (m_transport == Transport::Udp && length > MaxDatagramBytes)
+        length = pending.lastIndexOf('\n', MaxDatagramBytes - 1) + 1;
+    const int fd = m_transport == Transport::Tcp ? m_client : m_socket;
+    const ssize_t sent = ::send(fd, pending.constData(), size_t(length), MSG_DONTWAIT | MSG_NOSIGNAL);
+    if (sent <= 0)
+        return false;
+    pending.remove(0, sent);
+    return true;
+}
+
+void LiveFeeder::waitWritable(int ms)
+{
+    if (m_transport == Transport::PseudoTerminal) {
+        m_terminal.waitWritable(ms);
+        return;
+    }
+    pollfd writable{m_transport == Transport::Tcp ? m_client : m_socket, POLLOUT, 0};
+    ::poll(&writable, 1, ms);
 }
 
 qint64 LiveFeeder::monotonicUs()
@@ -46,6 +147,7 @@ void LiveFeeder::stop()
     m_running = false;
     if (m_thread.joinable())
         m_thread.join();
+    closeClient();
 }
 
 double LiveFeeder::cpu() const
@@ -70,6 +172,8 @@ void LiveFeeder::appendLine(QByteArray &out)
 
 void LiveFeeder::run()
 {
+    if (m_transport == Transport::Tcp && !acceptClient())
+        return;
     QByteArray pending;
     pending.reserve(1 << 20);
     const qint64 startUs = monotonicUs();
@@ -84,10 +188,8 @@ void LiveFeeder::run()
             appendLine(pending);
         produced += due;
         if (!pending.isEmpty()) {
-            const qsizetype before = pending.size();
-            m_terminal.writeSome(pending);
-            if (before == pending.size())
-                m_terminal.waitWritable(5);
+            if (!writeSome(pending))
+                waitWritable(5);
         } else {
             QThread::usleep(500);
         }

@@ -117,6 +117,30 @@ void MainMenus::buildAcquisition(QMainWindow *window)
     m_toolBars->recordAction->setShortcut(QKeySequence(tr("Ctrl+R")));
     acquisition->addAction(m_toolBars->recordAction);
     stopAction = addAction(acquisition, tr("&Stop"), QKeySequence(tr("Ctrl+.")));
+    acquisition->addSeparator();
+    simulatedDeviceAction = addAction(acquisition, tr("Simulated &Device"), QKeySequence());
+    simulatedDeviceAction->setToolTip(tr("Connect to a simulated device that speaks the project's signals"));
+    recentSourcesMenu = acquisition->addMenu(tr("Recent &Sources"));
+    connect(recentSourcesMenu, &QMenu::aboutToShow, this, &MainMenus::fillRecentSources);
+}
+
+void MainMenus::fillRecentSources()
+{
+    recentSourcesMenu->clear();
+    const QStringList sources = m_recentSources ? m_recentSources->paths() : QStringList();
+    for (int i = 0; i < sources.size(); ++i) {
+        QString shown = sources.at(i);
+        shown.replace(QLatin1Char('&'), QStringLiteral("&&"));
+        const QString source = sources.at(i);
+        connect(recentSourcesMenu->addAction(QStringLiteral("&%1 %2").arg(i + 1).arg(shown)), &QAction::triggered, this,
+                [this, source] { Q_EMIT recentSourceChosen(source); });
+    }
+    if (sources.isEmpty())
+        recentSourcesMenu->addAction(tr("No recent sources"))->setEnabled(false);
+    recentSourcesMenu->addSeparator();
+    QAction *clear = recentSourcesMenu->addAction(tr("&Clear Menu"));
+    clear->setEnabled(!sources.isEmpty());
+    connect(clear, &QAction::triggered, this, [this] { m_recentSources->clear(); });
 }
 
 void MainMenus::buildPlayback(QMainWindow *window)
@@ -152,6 +176,9 @@ void MainMenus::buildView(QMainWindow *window)
     view->addSeparator();
     fullScreenAction = addAction(view, tr("&Full Screen"), standardAnd(QKeySequence::FullScreen, QKeySequence(tr("F11"))));
     fullScreenAction->setCheckable(true);
+    view->addSeparator();
+    commandBarAction = addAction(view, tr("&Command Bar"), QKeySequence(tr("Ctrl+T")));
+    commandBarAction->setCheckable(true);
 }
 
 void MainMenus::buildHelp(QMainWindow *window)

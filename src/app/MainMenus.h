@@ -30,6 +30,8 @@ public:
 
     // The connect entry follows the port: "Connect" or "Disconnect".
     void setConnected(bool connected);
+    // The sources opened before, newest first, offered under Acquisition.
+    void setRecentSources(RecentFiles *sources) { m_recentSources = sources; }
     // A table of every menu action that has a shortcut, menu by menu.
     QString shortcutsHtml() const;
     QList<QMenu *> menus() const { return m_menus; }
@@ -45,6 +47,8 @@ public:
 
     QAction *connectAction = nullptr;
     QAction *stopAction = nullptr; // back to Idle, from recording or playing
+    QAction *simulatedDeviceAction = nullptr;
+    QMenu *recentSourcesMenu = nullptr;
 
     QAction *chooseRecordingAction = nullptr;
     QMenu *recentRecordingsMenu = nullptr;
@@ -58,6 +62,7 @@ public:
     QAction *zoomOutAction = nullptr;
     QAction *zoomResetAction = nullptr;
     QAction *fullScreenAction = nullptr;
+    QAction *commandBarAction = nullptr;
 
     QAction *shortcutsAction = nullptr;
     QAction *aboutAction = nullptr;
@@ -65,6 +70,7 @@ public:
 Q_SIGNALS:
     void recentProjectChosen(const QString &path);
     void recentRecordingChosen(const QString &path);
+    void recentSourceChosen(const QString &source);
 
 private:
     QMenu *addMenu(QMainWindow *window, const QString &title);
@@ -78,10 +84,12 @@ private:
     void describeToolBars();
     // Refills a recent menu each time it opens, so every window shows the
     // list as the last one left it.
+    void fillRecentSources();
     void fillRecentMenu(QMenu *menu, RecentFiles *recent, const QString &emptyText, bool projects);
 
     MainToolBars *m_toolBars = nullptr;
     RecentFiles *m_recentProjects = nullptr;
     RecentFiles *m_recentRecordings = nullptr;
+    RecentFiles *m_recentSources = nullptr;
     QList<QMenu *> m_menus;
 };

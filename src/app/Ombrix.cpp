@@ -1,5 +1,7 @@
 #include "Ombrix.h"
 
+#include "CommandBar.h"
+#include "CommandWidget.h"
 #include "Dashboard.h"
 #include "DashboardCore.h"
 #include "DashboardView.h"
@@ -21,6 +23,7 @@
 #include "DesignScene.h"
 #include "SignalPlaybackEngine.h"
 #include "SignalRouter.h"
+#include "SourceAddress.h"
 #include "UserPrompts.h"
 #include "WidgetPalette.h"
 
@@ -32,6 +35,7 @@
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QLineEdit>
 #include <QSlider>
 #include <QStatusBar>
 #include <QStyle>
@@ -51,7 +55,9 @@ Ombrix::Ombrix(QWidget *parent)
     m_toolBars = new MainToolBars(this);
     m_recentProjects = std::make_unique<RecentFiles>(QStringLiteral("recentProjects"));
     m_recentRecordings = std::make_unique<RecentFiles>(QStringLiteral("recentRecordings"));
+    m_recentSources = std::make_unique<RecentFiles>(QStringLiteral("recentSources"));
     m_menus = new MainMenus(this, m_toolBars, m_recentProjects.get(), m_recentRecordings.get());
+    m_menus->setRecentSources(m_recentSources.get());
     buildCentralArea();
     m_modeLabel = new QLabel(this);
     m_modeLabel->setObjectName(QStringLiteral("modeLabel"));
@@ -70,6 +76,8 @@ Ombrix::Ombrix(QWidget *parent)
     connectToolBars();
     connectMenus();
     connectRecentFiles();
+    connectCommands();
+    connectSources();
     m_live->serial()->refreshPorts();
     showMode(m_modes->mode());
     updatePlaybackFileDisplay();
@@ -80,6 +88,7 @@ Ombrix::Ombrix(QWidget *parent)
 
 Ombrix::~Ombrix()
 {
+    CommandWidget::setCommandSink(nullptr);
     // Whatever arrived is on disk before the window goes.
     if (m_live->recorder()->isRecording())
         m_live->recorder()->stop();
@@ -187,6 +196,49 @@ void Ombrix::connectRecentFiles()
 {
     connect(m_project, &Project::opened, this, [this](const QString &dir) { m_recentProjects->add(dir); });
     connect(m_playback, &PlaybackSession::fileChanged, this, [this](const QString &path) { m_recentRecordings->add(path); });
+}
+
+void Ombrix::connectCommands()
+{
+    CommandWidget::setCommandSink(m_live->pipeline());
+    m_commandBar = new CommandBar(m_live->pipeline(), this);
+    addToolBar(Qt::BottomToolBarArea, m_commandBar);
+    m_commandBar->hide();
+    QAction *toggle = m_menus->commandBarAction;
+    connect(toggle, &QAction::toggled, m_commandBar, [this](bool on) {
+        m_commandBar->setVisible(on);
+        if (on)
+            m_commandBar->edit()->setFocus();
+    });
+    connect(m_commandBar, &QToolBar::visibilityChanged, toggle, &QAction::setChecked);
+    connect(m_commandBar, &CommandBar::statusMessage, statusBar(), &QStatusBar::showMessage);
+    connect(m_project, &Project::opened, m_commandBar, &CommandBar::setProjectFolder);
+}
+
+void Ombrix::connectSources()
+{
+    // Remembered as the user would read it again: never with a password.
+    connect(m_live->serial(), &SerialManager::sourceOpened, this,
+            [this](const QString &name) { m_recentSources->addEntry(SourceAddress::withoutPassword(name)); });
+    connect(m_menus->simulatedDeviceAction, &QAction::triggered, this, [this] { switchSource(QStringLiteral("sim:")); });
+    connect(m_menus, &MainMenus::recentSourceChosen, this, &Ombrix::switchSource);
+    // A first run that moves: the demo comes with its device and a recording to play.
+    connect(m_project, &Project::demoOpened, this, [this](const QString &dir) {
+        if (!m_live->pipeline()->isOpen() && !m_live->pipeline()->isOpening())
+            switchSource(QStringLiteral("sim:"));
+        if (m_playback->filePath().isEmpty()) {
+            const QString recording = Project::demoRecording(dir);
+            if (!recording.isEmpty())
+                m_playback->setFile(recording);
+        }
+    });
+}
+
+void Ombrix::switchSource(const QString &source)
+{
+    if (m_live->pipeline()->isOpen() || m_live->pipeline()->isOpening() || m_live->pipeline()->isWaitingToReconnect())
+        disconnectPort();
+    connectPort(source, m_toolBars->baudRate());
 }
 
 void Ombrix::setFullScreen(bool on)

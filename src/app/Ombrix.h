@@ -8,6 +8,7 @@
 
 #include <memory>
 
+class CommandBar;
 class Dashboard;
 class DashboardCore;
 class DashboardView;
@@ -90,6 +91,9 @@ public:
     // The projects opened and recordings played, newest first, kept in the settings.
     RecentFiles &recentProjects() const { return *m_recentProjects; }
     RecentFiles &recentRecordings() const { return *m_recentRecordings; }
+    // The sources opened, newest first, without passwords.
+    RecentFiles &recentSources() const { return *m_recentSources; }
+    CommandBar *commandBar() const { return m_commandBar; }
     WidgetPalette *palette() const { return m_palette; }
     DashboardCore *core() const { return m_core; }
     Dashboard *dashboard() const;
@@ -133,6 +137,10 @@ private:
     void connectToolBars();
     void connectMenus();
     void connectRecentFiles();
+    void connectCommands();
+    void connectSources();
+    // Opens source instead of whatever is open.
+    void switchSource(const QString &source);
     void showMode(OperatingMode mode);
     void setFullScreen(bool on);
     void showShortcuts();
@@ -151,6 +159,8 @@ private:
     MainMenus *m_menus = nullptr;
     std::unique_ptr<RecentFiles> m_recentProjects;
     std::unique_ptr<RecentFiles> m_recentRecordings;
+    std::unique_ptr<RecentFiles> m_recentSources;
+    CommandBar *m_commandBar = nullptr;
     WidgetPalette *m_palette = nullptr;
     DashboardView *m_view = nullptr;
     LiveInput *m_live = nullptr;

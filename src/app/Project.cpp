@@ -179,7 +179,14 @@ bool Project::openDemoCopy()
     const QStringList names = layouts.entryList({QStringLiteral("*.json")}, QDir::Files, QDir::Name);
     if (!names.isEmpty())
         Q_EMIT layoutSuggested(layouts.filePath(names.first()));
+    Q_EMIT demoOpened(m_dir);
     return true;
+}
+
+QString Project::demoRecording(const QString &dir)
+{
+    const QString path = QDir(dir).filePath(QStringLiteral("recordings/demo_run.rec"));
+    return QFileInfo::exists(path) ? path : QString();
 }
 
 QString Project::chooserStartFolder() const

@@ -72,6 +72,8 @@ public:
     // first when there is no copy yet (so earlier changes to it are kept),
     // and suggests its layout.
     bool openDemoCopy();
+    // The recording the demo ships, in the project at dir; empty when it has none.
+    static QString demoRecording(const QString &dir);
     // Where the folder choosers start: the project folder, else the
     // documents folder (created when missing), else the nearest folder above
     // them that exists.
@@ -86,6 +88,8 @@ Q_SIGNALS:
     void closeRequested();
     // A project just opened comes with a layout worth showing (the demo's).
     void layoutSuggested(const QString &path);
+    // The user's copy of the demo was opened (after opened()).
+    void demoOpened(const QString &absoluteDir);
 
 private:
     DashboardCore *m_core = nullptr;

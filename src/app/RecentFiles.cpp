@@ -28,10 +28,16 @@ void RecentFiles::add(const QString &path)
 {
     if (path.isEmpty())
         return;
-    const QString absolute = QFileInfo(path).absoluteFilePath();
+    addEntry(QFileInfo(path).absoluteFilePath());
+}
+
+void RecentFiles::addEntry(const QString &entry)
+{
+    if (entry.isEmpty())
+        return;
     QStringList list = paths();
-    list.removeAll(absolute);
-    list.prepend(absolute);
+    list.removeAll(entry);
+    list.prepend(entry);
     store(list.mid(0, MaxEntries));
 }
 

@@ -20,6 +20,8 @@ public:
     QStringList existingPaths() const;
     // Moves the path (made absolute) to the front; the oldest beyond MaxEntries go.
     void add(const QString &path);
+    // Moves an entry that is no path (a source's address) to the front as it stands.
+    void addEntry(const QString &entry);
     void clear();
 
 private:

@@ -21,9 +21,17 @@ public:
     // Whether a command could go now; when not, *reason (if given) says why.
     virtual bool canSendCommands(QString *reason = nullptr) const = 0;
 
+    // What ends the commands of those who do not choose (buttons, setpoints):
+    // the device's ending, as the command bar sets it.
+    LineEnding commandEnding() const { return m_commandEnding; }
+    void setCommandEnding(LineEnding ending) { m_commandEnding = ending; }
+
 Q_SIGNALS:
     // canSendCommands() may answer differently now.
     void commandsAvailableChanged(bool available);
     // A command went to the device.
     void commandSent(const QString &text);
+
+private:
+    LineEnding m_commandEnding = LineEnding::Lf;
 };

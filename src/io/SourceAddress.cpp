@@ -96,3 +96,14 @@ bool SourceAddress::hostPortOption(const QString &key, QString *host, int *port,
     *port = url.port();
     return true;
 }
+
+QString SourceAddress::withoutPassword(const QString &text)
+{
+    if (schemeOf(text).isEmpty())
+        return text;
+    QUrl url(text);
+    if (url.password().isEmpty())
+        return text;
+    url.setPassword(QString());
+    return url.toString();
+}

@@ -21,6 +21,9 @@ struct SourceAddress
     // A scheme is two or more letters, digits, "+", "-" or "." before the
     // first ":", starting with a letter (so "C:\..." stays a path).
     static QString schemeOf(const QString &text);
+    // The text with any password in it taken out, for everything shown or
+    // kept (titles, messages, recent lists).
+    static QString withoutPassword(const QString &text);
 
     // Splits text into its parts. False with *error set for text that is no
     // address at all (an invalid port number, characters a host cannot hold).

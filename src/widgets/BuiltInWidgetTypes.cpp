@@ -4,11 +4,13 @@
 
 #include "AnalogGaugeWidget.h"
 #include "BarGraphWidget.h"
+#include "CommandButtonWidget.h"
 #include "DigitalDisplayWidget.h"
 #include "ErrorConsoleWidget.h"
 #include "ImageWidget.h"
 #include "LineWidget.h"
 #include "MessagesConsoleWidget.h"
+#include "SetpointControlWidget.h"
 #include "StateIndicatorWidget.h"
 #include "TextLabelWidget.h"
 #include "TrendPlotWidget.h"
@@ -41,4 +43,7 @@ void DashboardWidgetFactory::registerBuiltInTypes()
     registerType(QStringLiteral("MessagesConsole"), make<MessagesConsoleWidget>, QIcon(QStringLiteral(":/icons/message-console.png")));
     registerType(QStringLiteral("Image"), make<ImageWidget>, QIcon(QStringLiteral(":/icons/image-icon.png")));
     registerType(QStringLiteral("XYPlot"), make<XYPlotWidget>, QIcon(QStringLiteral(":/icons/xy_plot.png")));
+    // The controls that talk back to the device come after the displays.
+    registerType(QStringLiteral("CommandButton"), make<CommandButtonWidget>, QIcon(QStringLiteral(":/icons/command_button.png")));
+    registerType(QStringLiteral("SetpointControl"), make<SetpointControlWidget>, QIcon(QStringLiteral(":/icons/setpoint.png")));
 }

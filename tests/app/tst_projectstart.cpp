@@ -8,6 +8,8 @@
 #include "SignalDefinitions.h"
 #include "TestFiles.h"
 
+#include "SerialManager.h"
+
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QPushButton>
@@ -154,6 +156,9 @@ private Q_SLOTS:
             QVERIFY(!w.window.dashboard()->items().isEmpty());
             QVERIFY(w.prompts->warnings.isEmpty());
             QCOMPARE(remembered(), copy);
+            // It moves at once and has something to play.
+            QCOMPARE(w.window.serialManager()->portName(), QStringLiteral("sim:"));
+            QCOMPARE(w.window.playbackFile(), QDir(copy).filePath(QStringLiteral("recordings/demo_run.rec")));
         }
         // The copy is the user's: opening the demo again does not overwrite it.
         const QString defPath = QDir(copy).filePath(ProjectFolder::DefinitionFileName);

@@ -19,14 +19,14 @@ private Q_SLOTS:
     {
         DashboardWidgetFactory &factory = DashboardWidgetFactory::instance();
         const QStringList types = factory.typeNames();
-        QCOMPARE(types.size(), 11);
+        QCOMPARE(types.size(), 13);
         for (const QString &typeName : types) {
             std::unique_ptr<DashboardWidget> widget(factory.create(typeName));
             QVERIFY(widget && !widget->parent());
             QCOMPARE(widget->typeName(), typeName); // a saved layout is restored by this name
             QVERIFY(!factory.create(typeName.toLower()));
         }
-        // Registering again keeps one entry each.
+        // Registering again keeps one entry each, the eleven displays then the two controls.
         factory.registerBuiltInTypes();
         QCOMPARE(factory.typeNames(), types);
     }
@@ -36,7 +36,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("path");
         for (const char *name : {"design", "save", "load", "record", "stop", "pause", "play", "connect", "export",
                                  "gauge", "display", "bar_chart", "line", "text", "line_chart", "state",
-                                 "error_console", "message-console", "image-icon", "xy_plot", "default", "ombrix"})
+                                 "error_console", "message-console", "image-icon", "xy_plot", "command_button", "setpoint",
+                                 "default", "ombrix"})
             QTest::newRow(name) << QStringLiteral(":/icons/%1.png").arg(QLatin1String(name));
     }
 
