@@ -191,23 +191,35 @@ private Q_SLOTS:
         QCOMPARE(f.window->mode(), Ombrix::Play);
     }
 
-    void seeksRestoreExactlyThePrecedingEvents()
+    // While playback owns the widgets live values are muted, but live states,
+    // errors and messages still reach the dashboard.
+    void liveEventsReachTheDashboardWhileValuesAreMuted_data()
     {
-        PlaybackFixture f;
-        f.play(2500);
-        // While playing, a seek re-announces events up to the new position only.
-        f.window->engine()->seek(0.2);
-        QVERIFY(f.window->engine()->isPlaying());
-        QCOMPARE(f.state(), QStringLiteral("Play gauge=60 errors=0 messages=0"));
-        QCOMPARE(f.indicator->stateId(), QStringLiteral("RUN"));
-        f.advance(400);
-        QCOMPARE(f.errors->lines().size(), 1);
+        QTest::addColumn<bool>("paused");
+        QTest::newRow("Play") << false;
+        QTest::newRow("Pause") << true;
+    }
 
-        f.window->stopButton();
-        f.window->engine()->seek(2.5);
-        QCOMPARE(f.state(), QStringLiteral("Pause gauge=110 errors=2 messages=2"));
-        f.window->engine()->seek(0.7);
-        QCOMPARE(f.state(), QStringLiteral("Pause gauge=60 errors=1 messages=0"));
+    void liveEventsReachTheDashboardWhileValuesAreMuted()
+    {
+        QFETCH(bool, paused);
+        PtyPair pty;
+        PlaybackFixture f;
+        QVERIFY(f.window->connectPort(pty.slavePath(), 115200));
+        f.play(0);
+        if (paused)
+            f.window->stopButton();
+        const QString mode = paused ? QStringLiteral("Pause") : QStringLiteral("Play");
+        QCOMPARE(f.state(), mode + QStringLiteral(" gauge=60 errors=0 messages=0"));
+
+        // The message is the last thing a line hands on.
+        QVERIFY(pty.write("RPM=900 ST_MODE=STOP ERR=E_HOT live words\n"));
+        QTRY_COMPARE(f.messages->lines().size(), 1);
+        QCOMPARE(f.state(), mode + QStringLiteral(" gauge=60 errors=1 messages=1"));
+        QCOMPARE(f.indicator->stateLabel(), QStringLiteral("Stopped"));
+        QVERIFY(f.errors->lines().at(0).endsWith(QLatin1String("E_HOT : Overheated")));
+        QVERIFY(f.messages->lines().at(0).endsWith(QLatin1String("live words")));
+        QVERIFY(!f.window->latestValues().contains(QStringLiteral("RPM")));
     }
 
     void endOfPlaybackReturnsToIdleAndPlayRewinds()
