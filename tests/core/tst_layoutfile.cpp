@@ -82,26 +82,6 @@ private Q_SLOTS:
         QCOMPARE(scene.dashboardItems().size(), afterTwo);
     }
 
-    void invalidFileLeavesTheDashboard_data()
-    {
-        QTest::addColumn<QByteArray>("contents");
-        QTest::newRow("top-level array") << QByteArray(R"([{"type": "TestProbe"}])");
-        QTest::newRow("truncated") << QByteArray(R"({"items": [)");
-        QTest::newRow("binary") << QByteArray("\x00\xff\xfe{", 4);
-    }
-
-    void invalidFileLeavesTheDashboard()
-    {
-        QFETCH(QByteArray, contents);
-        DesignScene scene;
-        auto *kept = new DashboardItem(new ProbeWidget);
-        scene.addItem(kept);
-        LayoutFile layout(&scene);
-        QCOMPARE(layout.load(write("invalid.json", contents), true), LayoutFile::Result::InvalidFormat);
-        QCOMPARE(scene.dashboardItems(), QList<DashboardItem *>{kept});
-        QVERIFY(!kept->designMode());
-    }
-
     // Unknown types, non-objects, no type, wrong value types and absurd
     // numbers: what can be built is, within the format's limits.
     void damagedRecordsLoadPartiallyWithinTheLimits()
