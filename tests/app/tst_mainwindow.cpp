@@ -4,9 +4,7 @@
 #include "DashboardWidgetFactory.h"
 #include "DesignScene.h"
 #include "DigitalDisplayWidget.h"
-#include "ErrorConsoleWidget.h"
 #include "MainToolBars.h"
-#include "MessagesConsoleWidget.h"
 #include "PtyPair.h"
 #include "SerialManager.h"
 #include "StateIndicatorWidget.h"
@@ -55,6 +53,9 @@ class tst_MainWindow : public QObject
 private Q_SLOTS:
     void cleanup() { QTRY_VERIFY(QApplication::topLevelWidgets().isEmpty()); }
 
+    // States, errors and messages on the live path are checked while
+    // playback owns the widgets (tst_mainwindow_playback); the routing rules
+    // in tst_signalrouter.
     void liveDataReachesItsWidgets()
     {
         PtyPair pty;
@@ -62,11 +63,7 @@ private Q_SLOTS:
         auto *gauge = f.widgetOf<AnalogGaugeWidget>(f.add(QStringLiteral("AnalogGauge"), {QStringLiteral("RPM")}));
         auto *display = f.widgetOf<DigitalDisplayWidget>(f.add(QStringLiteral("DigitalDisplay"), {QStringLiteral("RPM:avg")}));
         auto *other = f.widgetOf<AnalogGaugeWidget>(f.add(QStringLiteral("AnalogGauge"), {QStringLiteral("TEMP")}));
-        auto *indicator = f.widgetOf<StateIndicatorWidget>(f.add(QStringLiteral("StateIndicator")));
-        auto *errors = f.widgetOf<ErrorConsoleWidget>(f.add(QStringLiteral("ErrorConsole")));
-        auto *messages = f.widgetOf<MessagesConsoleWidget>(f.add(QStringLiteral("MessagesConsole")));
         gauge->setRange(0, 1000);
-        indicator->setGroupId(QStringLiteral("MODE"));
 
         QVERIFY(f.window->connectPort(pty.slavePath(), 115200));
         QCOMPARE(f.window->toolBars()->connectButton->text(), QStringLiteral("Disconnect"));
@@ -76,21 +73,6 @@ private Q_SLOTS:
         QTRY_VERIFY2(display->valueText().startsWith(QLatin1String("60")), qPrintable(display->valueText()));
         QCOMPARE(other->value(), 0.0);
         QCOMPARE(f.window->latestValues().value(QStringLiteral("RPM")), 100.0);
-
-        QVERIFY(pty.write("1.5 RPM=300 TEMP=42\n2.0 ST_MODE=RUN ERR=E_HOT hello there\n"));
-        QTRY_COMPARE(messages->lines().size(), 1);
-        QCOMPARE(gauge->value(), 160.0);
-        QCOMPARE(other->value(), 42.0);
-        QCOMPARE(indicator->stateLabel(), QStringLiteral("Running"));
-        QVERIFY(errors->lines().at(0).endsWith(QLatin1String("E_HOT : Overheated")));
-        QVERIFY(messages->lines().at(0).endsWith(QLatin1String("hello there")));
-
-        // Rebound in design mode, as the configuration dialog does it, a widget
-        // follows its new signal while the device streams on.
-        f.window->designButton();
-        other->setSignalNames({QStringLiteral("RPM")});
-        QVERIFY(pty.write("RPM=100\n"));
-        QTRY_COMPARE(other->value(), 60.0);
 
         QTest::mouseClick(f.window->toolBars()->connectButton, Qt::LeftButton);
         QCOMPARE(f.window->toolBars()->connectButton->text(), QStringLiteral("Connect"));
