@@ -13,9 +13,9 @@ ombrix_build "$build" -DBUILD_TESTING=ON -DOMBRIX_BUILD_BENCHMARKS=OFF -DCMAKE_B
 find "$build" -name '*.gcda' -delete
 (cd "$build" && ctest -j"$(nproc)" "$@")
 gcovr --root "$OMBRIX_ROOT" --object-directory "$build" \
-  --filter "$OMBRIX_ROOT/src/" --filter "$OMBRIX_ROOT/tools/" --exclude '.*/moc_.*' --gcov-exclude '.*CompilerId.*' --print-summary -o /dev/null
+  --filter "$OMBRIX_ROOT/src/" --filter "$OMBRIX_ROOT/tools/" --exclude '.*/moc_.*' --exclude-directories '.*/CMakeFiles/[0-9.]+$' --print-summary -o /dev/null
 
 lines() { find "$@" \( -name '*.cpp' -o -name '*.h' \) -print0 | xargs -0 cat | grep -cv '^\s*$'; }
 tests=$(cd "$OMBRIX_ROOT" && lines tests)
 code=$(cd "$OMBRIX_ROOT" && lines src tools)
-echo "tests: $tests non-blank lines against $code of src/ and tools/ ($((100 * tests / code))%)"
+echo "tests: $tests non-blank lines against $code of src/ and tools/ ($((1000 * tests / code / 10)).$((1000 * tests / code % 10))%)"
