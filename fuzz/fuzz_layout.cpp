@@ -99,7 +99,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         DesignScene scene;
         const bool design = size % 2 != 0;
         scene.setDesignMode(design);
-        LayoutFile(&scene, nullptr).loadFromBytes(json, QStringLiteral("input"), design);
+        LayoutFile(&scene).loadFromBytes(json, QStringLiteral("input"), design);
         routeData(scene);
         draw(scene);
     }

@@ -15,6 +15,8 @@ OMBRIX_PACKAGES=(cmake g++ make qt6-base-dev qt6-base-dev-tools qt6-serialport-d
 # The sanitizer and fuzzing build (test.sh, fuzz.sh): clang and its runtimes
 # (AddressSanitizer, UndefinedBehaviorSanitizer, libFuzzer).
 OMBRIX_SANITIZER_PACKAGES=(clang-14 libclang-rt-14-dev)
+# The line coverage report (scripts/coverage.sh).
+OMBRIX_COVERAGE_PACKAGES=(gcovr)
 
 ombrix_install_deps() {
   local missing=()

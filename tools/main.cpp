@@ -80,10 +80,8 @@ QString usage()
 
 int main(int argc, char *argv[])
 {
-    QCoreApplication::setOrganizationName(QStringLiteral("Tarnwell"));
-    QCoreApplication::setOrganizationDomain(QStringLiteral("tarnwell.example"));
-    // The window's identity, so that both resolve the same settings.
-    QCoreApplication::setApplicationName(QStringLiteral("Ombrix"));
+    // No organisation: no command reads or writes the window's settings.
+    QCoreApplication::setApplicationName(QStringLiteral("ombrix-cli"));
     QCoreApplication::setApplicationVersion(QStringLiteral(OMBRIX_VERSION));
     // These commands create widgets, with no display needed; every other
     // command runs on Qt Core alone.

@@ -1,10 +1,10 @@
 #include "FileActions.h"
 
 #include "Dashboard.h"
-#include "DashboardItem.h"
-#include "DesignScene.h"
+#include "DashboardCore.h"
 #include "EventsCsvExporter.h"
 #include "LayoutFile.h"
+#include "LayoutFormat.h"
 #include "PlaybackSession.h"
 #include "ProgressRunner.h"
 #include "Project.h"
@@ -43,13 +43,12 @@ struct ExportInput
 
 } // namespace
 
-FileActions::FileActions(Project *project, Dashboard *dashboard, PlaybackSession *playback, QMainWindow *window)
+FileActions::FileActions(Project *project, DashboardCore *core, PlaybackSession *playback, QMainWindow *window)
     : QObject(window)
     , m_project(project)
-    , m_dashboard(dashboard)
+    , m_core(core)
     , m_playback(playback)
     , m_window(window)
-    , m_layout(dashboard->scene(), window)
 {
 }
 
@@ -89,10 +88,36 @@ void FileActions::saveLayout()
 
 bool FileActions::saveLayoutTo(const QString &path)
 {
-    if (m_layout.save(path) == LayoutFile::Result::Ok)
+    LayoutFile &layout = m_core->layout();
+    if (layout.save(path, windowKeys()) == LayoutFile::Result::Ok)
         return true;
-    m_project->prompts().warning(m_window, tr("Error"), tr("Could not save layout."), m_layout.errorString());
+    m_project->prompts().warning(m_window, tr("Error"), tr("Could not save layout."), layout.errorString());
     return false;
+}
+
+QJsonObject FileActions::windowKeys() const
+{
+    using namespace LayoutFormat;
+    return QJsonObject{{WindowGeometryKey, QString::fromLatin1(m_window->saveGeometry().toBase64())},
+                       {WindowStateKey, QString::fromLatin1(m_window->saveState(0).toBase64())},
+                       {MaximizedKey, m_window->isMaximized()},
+                       {FullScreenKey, m_window->isFullScreen()}};
+}
+
+void FileActions::restoreWindow(const QJsonObject &topLevel)
+{
+    using namespace LayoutFormat;
+    const auto decoded = [&topLevel](QLatin1String key) {
+        return QByteArray::fromBase64(topLevel.value(key).toString().toLatin1());
+    };
+    if (const QByteArray geometry = decoded(WindowGeometryKey); !geometry.isEmpty())
+        m_window->restoreGeometry(geometry);
+    if (const QByteArray state = decoded(WindowStateKey); !state.isEmpty())
+        m_window->restoreState(state, 0);
+    if (topLevel.value(FullScreenKey).toBool())
+        m_window->showFullScreen();
+    else if (topLevel.value(MaximizedKey).toBool())
+        m_window->showMaximized();
 }
 
 void FileActions::loadLayout()
@@ -108,16 +133,18 @@ bool FileActions::loadLayoutFrom(const QString &path)
     // A layout of thousands of widgets takes a while: after a moment the user
     // sees how far it got and may cancel, which keeps the dashboard as it was.
     ProgressRunner progress(tr("Loading layout…"), m_window);
-    switch (m_layout.load(path, m_dashboard->designMode(), progress.callback())) {
+    LayoutFile &layout = m_core->layout();
+    switch (layout.load(path, m_core->dashboard()->designMode(), progress.callback())) {
     case LayoutFile::Result::Ok:
+        restoreWindow(layout.topLevel());
         return true;
     case LayoutFile::Result::Cancelled:
         return false;
     case LayoutFile::Result::OpenFailed:
-        m_project->prompts().warning(m_window, tr("Error"), tr("Could not load layout."), m_layout.errorString());
+        m_project->prompts().warning(m_window, tr("Error"), tr("Could not load layout."), layout.errorString());
         return false;
     case LayoutFile::Result::InvalidFormat:
-        m_project->prompts().warning(m_window, tr("Error"), tr("Invalid layout format."), m_layout.errorString());
+        m_project->prompts().warning(m_window, tr("Error"), tr("Invalid layout format."), layout.errorString());
         return false;
     }
     return false;

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "LayoutFile.h"
-
+#include <QJsonObject>
 #include <QObject>
 #include <QString>
 
@@ -9,13 +8,14 @@ QT_BEGIN_NAMESPACE
 class QMainWindow;
 QT_END_NAMESPACE
 
-class Dashboard;
+class DashboardCore;
 class PlaybackSession;
 class Project;
 struct SignalsExportOptions;
 
-// The window's file operations: layouts (with the window's geometry) and the
-// CSV exports of the loaded recording. Each dialog-driven operation asks for
+// The window's file operations: layouts (the core's layout file, with the
+// window's geometry beside the items) and the CSV exports of the loaded
+// recording. Each dialog-driven operation asks for
 // the path through the project's prompts and then runs its twin, which takes
 // the path and does the work.
 class FileActions : public QObject
@@ -23,7 +23,7 @@ class FileActions : public QObject
     Q_OBJECT
 
 public:
-    FileActions(Project *project, Dashboard *dashboard, PlaybackSession *playback, QMainWindow *window);
+    FileActions(Project *project, DashboardCore *core, PlaybackSession *playback, QMainWindow *window);
     ~FileActions() override;
 
     void saveLayout();
@@ -46,12 +46,13 @@ private:
                         const QString &filter) const;
 
     void showStatus(const QString &text) const;
+    // The window's keys of a layout: geometry and state (Base64), maximised, full screen.
+    QJsonObject windowKeys() const;
+    // Geometry and state when given, then full screen or maximised.
+    void restoreWindow(const QJsonObject &topLevel);
 
     Project *m_project = nullptr;
-    Dashboard *m_dashboard = nullptr;
+    DashboardCore *m_core = nullptr;
     PlaybackSession *m_playback = nullptr;
     QMainWindow *m_window = nullptr;
-    // The dashboard's layout file: what a load took off the scene and the
-    // records it could not show stay here until the next load.
-    LayoutFile m_layout;
 };

@@ -3,8 +3,9 @@
 #include "CommandBar.h"
 #include "CommandWidget.h"
 #include "Dashboard.h"
+#include "DashboardCore.h"
+#include "DashboardView.h"
 #include "DashboardWidget.h"
-#include "DashboardWidgetFactory.h"
 #include "FileActions.h"
 #include "FileButton.h"
 #include "LiveInput.h"
@@ -14,10 +15,12 @@
 #include "PlaybackScrubber.h"
 #include "PlaybackSession.h"
 #include "Project.h"
+#include "ProjectFolder.h"
 #include "RecentFiles.h"
 #include "RecordingWriter.h"
 #include "SerialControls.h"
 #include "SerialManager.h"
+#include "DesignScene.h"
 #include "SignalPlaybackEngine.h"
 #include "SignalRouter.h"
 #include "SourceAddress.h"
@@ -30,7 +33,6 @@
 #include <QDoubleSpinBox>
 #include <QEvent>
 #include <QFileInfo>
-#include <QGraphicsView>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -48,8 +50,8 @@ Ombrix::Ombrix(QWidget *parent)
         fusion->setParent(this);
         setStyle(fusion);
     }
-    DashboardWidgetFactory::instance().registerBuiltInTypes();
-    m_project = new Project(this, this);
+    m_core = new DashboardCore(this);
+    m_project = new Project(m_core, this, this);
     m_toolBars = new MainToolBars(this);
     m_recentProjects = std::make_unique<RecentFiles>(QStringLiteral("recentProjects"));
     m_recentRecordings = std::make_unique<RecentFiles>(QStringLiteral("recentRecordings"));
@@ -61,13 +63,11 @@ Ombrix::Ombrix(QWidget *parent)
     m_modeLabel->setObjectName(QStringLiteral("modeLabel"));
     statusBar()->addPermanentWidget(m_modeLabel);
 
-    m_router = new SignalRouter(m_dashboard->scene(), this);
-    m_live = new LiveInput(m_router, this);
-    m_playback = new PlaybackSession(m_project, m_toolBars->positionSlider, this);
-    m_playback->routeTo(m_router, m_dashboard);
-    m_modes = new ModeController(m_project, m_dashboard, m_router, m_live, m_playback, this);
+    m_live = new LiveInput(m_core->router(), this);
+    m_playback = new PlaybackSession(m_project, m_core, m_toolBars->positionSlider, this);
+    m_modes = new ModeController(m_project, m_core->dashboard(), m_core->router(), m_live, m_playback, this);
     m_serialControls = new SerialControls(m_live->pipeline(), m_toolBars, statusBar(), this);
-    m_files = new FileActions(m_project, m_dashboard, m_playback, this);
+    m_files = new FileActions(m_project, m_core, m_playback, this);
     m_live->setValuesMuted([this] { return m_muteLiveInputDuringPlayback && m_modes->playbackOwnsWidgets(); });
     m_live->setRoutingSuspended([this] { return m_modes->playbackOwnsWidgets(); });
 
@@ -83,7 +83,7 @@ Ombrix::Ombrix(QWidget *parent)
     updatePlaybackFileDisplay();
     resize(1280, 800);
     // Keys such as Space and Home belong to the dashboard, not to the port box.
-    m_dashboard->view()->setFocus();
+    m_view->setFocus();
 }
 
 Ombrix::~Ombrix()
@@ -102,18 +102,18 @@ void Ombrix::buildCentralArea()
     layout->setSpacing(0);
     m_palette = new WidgetPalette(central);
     m_palette->setEnabled(false);
-    m_dashboard = new Dashboard(central);
+    m_view = new DashboardView(m_core->scene(), central);
     layout->addWidget(m_palette);
-    layout->addWidget(m_dashboard->view(), 1);
+    layout->addWidget(m_view, 1);
     setCentralWidget(central);
-    connect(m_palette, &WidgetPalette::widgetRequested, m_dashboard, &Dashboard::addWidget);
+    connect(m_palette, &WidgetPalette::widgetRequested, dashboard(), &Dashboard::addWidget);
 }
 
 void Ombrix::connectProject()
 {
     const auto showTitle = [this](const QString &path) { setWindowTitle(QStringLiteral("Ombrix — %1").arg(path)); };
     // Names and units on the dashboard are redrawn from the new catalogue.
-    connect(m_project, &Project::definitionsLoaded, m_dashboard, &Dashboard::updateWidgets);
+    connect(m_project, &Project::definitionsLoaded, dashboard(), &Dashboard::updateWidgets);
     connect(m_project, &Project::definitionsLoaded, this, showTitle);
     connect(m_project, &Project::definitionsLoaded, this, &Ombrix::signalsDefChanged);
     // The simulated device speaks the definitions in force.
@@ -182,9 +182,9 @@ void Ombrix::connectMenus()
     connect(menus->jumpToEndAction, &QAction::triggered, bars->positionSlider,
             [bars] { bars->positionSlider->triggerAction(QAbstractSlider::SliderToMaximum); });
 
-    connect(menus->zoomInAction, &QAction::triggered, m_dashboard, &Dashboard::zoomIn);
-    connect(menus->zoomOutAction, &QAction::triggered, m_dashboard, &Dashboard::zoomOut);
-    connect(menus->zoomResetAction, &QAction::triggered, m_dashboard, [this] { m_dashboard->setZoom(1.0); });
+    connect(menus->zoomInAction, &QAction::triggered, m_view, &DashboardView::zoomIn);
+    connect(menus->zoomOutAction, &QAction::triggered, m_view, &DashboardView::zoomOut);
+    connect(menus->zoomResetAction, &QAction::triggered, m_view, [this] { m_view->setZoom(1.0); });
     connect(menus->fullScreenAction, &QAction::triggered, this, &Ombrix::setFullScreen);
     connect(menus->shortcutsAction, &QAction::triggered, this, &Ombrix::showShortcuts);
     connect(menus->aboutAction, &QAction::triggered, this, &Ombrix::showAbout);
@@ -276,7 +276,7 @@ void Ombrix::showMode(OperatingMode mode)
 
 // --- hand-overs --------------------------------------------------------------
 
-bool Ombrix::isValidProjectDir(const QString &path) const { return Project::isValidProjectDir(path); }
+bool Ombrix::isValidProjectDir(const QString &path) const { return ProjectFolder::isValid(path); }
 bool Ombrix::setProjectDir(const QString &dir) { return m_project->setProjectDir(dir); }
 bool Ombrix::loadDefinitions(const QString &path) { return m_project->loadDefinitions(path); }
 void Ombrix::ensureProjectSubfolders() { m_project->ensureProjectSubfolders(); }
@@ -284,16 +284,17 @@ void Ombrix::restoreProjectOrPrompt() { m_project->restoreProjectOrPrompt(); }
 void Ombrix::promptForProject() { m_project->promptForProject(); }
 QString Ombrix::projectDir() const { return m_project->dir(); }
 const SignalDefinitions *Ombrix::definitions() const { return m_project->definitions(); }
-const SignalDefinitions *Ombrix::definitionsInForce() const { return m_playback->definitionsInForce(); }
+const SignalDefinitions *Ombrix::definitionsInForce() const { return m_core->definitionsInForce(); }
 UserPrompts &Ombrix::prompts() const { return m_project->prompts(); }
 void Ombrix::setPrompts(std::unique_ptr<UserPrompts> prompts) { m_project->setPrompts(std::move(prompts)); }
 
 bool Ombrix::connectPort(const QString &portName, int baudRate) { return m_serialControls->connectPort(portName, baudRate); }
 void Ombrix::disconnectPort() { m_serialControls->disconnectPort(); }
+Dashboard *Ombrix::dashboard() const { return m_core->dashboard(); }
 SerialManager *Ombrix::serialManager() const { return m_live->serial(); }
 RecordingWriter *Ombrix::recordingWriter() const { return m_live->recorder(); }
 const QMap<QString, double> &Ombrix::latestValues() const { return m_live->latestValues(); }
-SignalPlaybackEngine *Ombrix::engine() const { return m_playback->engine(); }
+SignalPlaybackEngine *Ombrix::engine() const { return m_core->engine(); }
 
 void Ombrix::designButton() { m_modes->designButton(); }
 void Ombrix::recordButton() { m_modes->recordButton(); }
@@ -327,9 +328,9 @@ void Ombrix::updatePlaybackFileDisplay()
 }
 
 // Played-back data, as the engine delivers it through the playback session.
-void Ombrix::onPlaybackValuesAt(double timeSec, const QMap<QString, double> &values) { m_router->routeValues(values, timeSec); }
-void Ombrix::onPlaybackStateEvent(const QString &group, const QString &state) { m_router->routeState(group, state); }
-void Ombrix::onPlaybackErrorEvent(const QString &errId) { m_router->routeError(engine()->currentTime(), errId); }
-void Ombrix::onPlaybackErrorReset() { m_router->clearErrors(); }
-void Ombrix::onPlaybackMessageEvent(const QString &text) { m_router->routeMessage(engine()->currentTime(), text); }
-void Ombrix::onPlaybackMessageReset() { m_router->clearMessages(); }
+void Ombrix::onPlaybackValuesAt(double timeSec, const QMap<QString, double> &values) { m_core->router()->routeValues(values, timeSec); }
+void Ombrix::onPlaybackStateEvent(const QString &group, const QString &state) { m_core->router()->routeState(group, state); }
+void Ombrix::onPlaybackErrorEvent(const QString &errId) { m_core->router()->routeError(engine()->currentTime(), errId); }
+void Ombrix::onPlaybackErrorReset() { m_core->router()->clearErrors(); }
+void Ombrix::onPlaybackMessageEvent(const QString &text) { m_core->router()->routeMessage(engine()->currentTime(), text); }
+void Ombrix::onPlaybackMessageReset() { m_core->router()->clearMessages(); }

@@ -10,6 +10,8 @@
 
 class CommandBar;
 class Dashboard;
+class DashboardCore;
+class DashboardView;
 class FileActions;
 class LiveInput;
 class MainMenus;
@@ -22,7 +24,6 @@ class SerialControls;
 class SerialManager;
 class SignalDefinitions;
 class SignalPlaybackEngine;
-class SignalRouter;
 class UserPrompts;
 class WidgetPalette;
 struct SignalsExportOptions;
@@ -31,11 +32,12 @@ QT_BEGIN_NAMESPACE
 class QLabel;
 QT_END_NAMESPACE
 
-// The main window. It builds the tool bars, the widget palette and the
-// dashboard, and wires them to the objects that do the work: the project
-// (folder, catalogue, questions), the live input (serial link, recording),
-// the playback session, the operating modes and the file actions. Its own
-// slots and operations hand over to those objects.
+// The main window. It owns the dashboard core (scene, router, playback
+// engine, catalogue), shows its scene beside the widget palette under the
+// tool bars, and wires them to the objects that do the window's work: the
+// project (folder, questions, settings), the live input (serial link,
+// recording), the playback session, the operating modes and the file
+// actions. Its own slots and operations hand over to those objects.
 class Ombrix : public QMainWindow
 {
     Q_OBJECT
@@ -84,8 +86,6 @@ public:
     void setPrompts(std::unique_ptr<UserPrompts> prompts);
 
     Project *project() const { return m_project; }
-    ModeController *modes() const { return m_modes; }
-    PlaybackSession *playback() const { return m_playback; }
     MainToolBars *toolBars() const { return m_toolBars; }
     MainMenus *menus() const { return m_menus; }
     // The projects opened and recordings played, newest first, kept in the settings.
@@ -95,11 +95,12 @@ public:
     RecentFiles &recentSources() const { return *m_recentSources; }
     CommandBar *commandBar() const { return m_commandBar; }
     WidgetPalette *palette() const { return m_palette; }
-    Dashboard *dashboard() const { return m_dashboard; }
+    DashboardCore *core() const { return m_core; }
+    Dashboard *dashboard() const;
+    DashboardView *view() const { return m_view; }
     SerialManager *serialManager() const;
     SignalPlaybackEngine *engine() const;
     RecordingWriter *recordingWriter() const;
-    SignalRouter *router() const { return m_router; }
     QLabel *modeLabel() const { return m_modeLabel; }
     // The latest raw live value of every signal seen.
     const QMap<QString, double> &latestValues() const;
@@ -152,6 +153,7 @@ private:
     // Live lines are ignored during Play and Pause while this is set.
     bool m_muteLiveInputDuringPlayback = true;
 
+    DashboardCore *m_core = nullptr;
     Project *m_project = nullptr;
     MainToolBars *m_toolBars = nullptr;
     MainMenus *m_menus = nullptr;
@@ -160,8 +162,7 @@ private:
     std::unique_ptr<RecentFiles> m_recentSources;
     CommandBar *m_commandBar = nullptr;
     WidgetPalette *m_palette = nullptr;
-    Dashboard *m_dashboard = nullptr;
-    SignalRouter *m_router = nullptr;
+    DashboardView *m_view = nullptr;
     LiveInput *m_live = nullptr;
     PlaybackSession *m_playback = nullptr;
     ModeController *m_modes = nullptr;

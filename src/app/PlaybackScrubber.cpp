@@ -1,5 +1,6 @@
 #include "PlaybackScrubber.h"
 
+#include "Dashboard.h"
 #include "SignalPlaybackEngine.h"
 
 #include <QSlider>
@@ -9,8 +10,6 @@
 #include <cmath>
 
 namespace {
-constexpr double DefaultWindowMs = 10000.0;
-constexpr double MaxWindowMs = 30000.0;
 constexpr double PreviewResendThreshold = 0.1;
 }
 
@@ -60,11 +59,7 @@ bool PlaybackScrubber::isScrubTimerActive() const
 
 double PlaybackScrubber::previewWindowSeconds() const
 {
-    double ms = m_largestWindowMs ? m_largestWindowMs() : 0.0;
-    if (!(ms > 0.0))
-        ms = DefaultWindowMs;
-    ms = std::min(ms, MaxWindowMs);
-    return std::clamp(ms / 1000.0, 0.1, 60.0);
+    return Dashboard::previewWindowSeconds(m_largestWindowMs ? m_largestWindowMs() : 0.0);
 }
 
 double PlaybackScrubber::secondsAt(int sliderPosition) const

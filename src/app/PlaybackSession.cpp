@@ -1,60 +1,32 @@
 #include "PlaybackSession.h"
 
 #include "Dashboard.h"
+#include "DashboardCore.h"
 #include "PlaybackScrubber.h"
 #include "ProgressRunner.h"
 #include "Project.h"
 #include "Recording.h"
 #include "SignalDefinitions.h"
 #include "SignalPlaybackEngine.h"
-#include "SignalRouter.h"
 #include "UserPrompts.h"
 
 #include <QDebug>
 #include <QFileInfo>
 
-PlaybackSession::PlaybackSession(Project *project, QSlider *slider, QObject *parent)
+PlaybackSession::PlaybackSession(Project *project, DashboardCore *core, QSlider *slider, QObject *parent)
     : QObject(parent)
     , m_project(project)
-    , m_engine(new SignalPlaybackEngine(this))
+    , m_core(core)
+    , m_engine(core->engine())
     , m_scrubber(new PlaybackScrubber(slider, m_engine, this))
 {
-}
-
-PlaybackSession::~PlaybackSession() = default;
-
-void PlaybackSession::routeTo(SignalRouter *router, Dashboard *dashboard)
-{
-    SignalPlaybackEngine *engine = m_engine;
-    connect(engine, &SignalPlaybackEngine::signalValuesUpdatedAt, router,
-            [router](double t, const QMap<QString, double> &values) { router->routeValues(values, t); });
-    connect(engine, &SignalPlaybackEngine::signalValuesUpdated, router, [engine, router](const QMap<QString, double> &values) {
-        // A running tick also sends every frame time-stamped; this one only
-        // matters from a seek, to show the values in force at the position.
-        if (engine->isSeeking())
-            router->routeValues(values, engine->frames().timeAt(qMax(0, engine->index() - 1)));
-    });
-    connect(engine, &SignalPlaybackEngine::stateEvent, router,
-            [router](double, const QString &group, const QString &state) { router->routeState(group, state); });
-    connect(engine, &SignalPlaybackEngine::errorEvent, router, &SignalRouter::routeError);
-    connect(engine, &SignalPlaybackEngine::messageEvent, router, &SignalRouter::routeMessage);
-    connect(engine, &SignalPlaybackEngine::errorReset, router, &SignalRouter::clearErrors);
-    connect(engine, &SignalPlaybackEngine::messageReset, router, &SignalRouter::clearMessages);
-    connect(engine, &SignalPlaybackEngine::dataReset, dashboard, &Dashboard::clearPlots);
-
+    Dashboard *dashboard = core->dashboard();
     m_scrubber->setTimeWindowProvider([dashboard] { return dashboard->largestTrendWindowMs(); });
     connect(m_scrubber, &PlaybackScrubber::scrubStarted, dashboard, [dashboard] { dashboard->setTrendPlotsTimeDriven(true); });
     connect(m_scrubber, &PlaybackScrubber::positionScrubbed, dashboard, &Dashboard::moveTrendPlotsTo);
-
-    const auto followDefinitions = [this, router] {
-        const SignalDefinitions *defs = definitionsInForce();
-        router->setDefinitions(defs);
-        m_engine->setKnownGroups(defs ? defs->stateGroupIds() : QStringList());
-    };
-    connect(this, &PlaybackSession::definitionsInForceChanged, router, followDefinitions);
-    connect(m_project, &Project::definitionsLoaded, router, followDefinitions);
-    followDefinitions();
 }
+
+PlaybackSession::~PlaybackSession() = default;
 
 void PlaybackSession::setFile(const QString &path)
 {
@@ -99,18 +71,18 @@ void PlaybackSession::applyRecordingDefinitions()
         return;
     }
     m_recordingDefinitions = std::move(defs);
-    Q_EMIT definitionsInForceChanged();
+    m_core->setRecordingDefinitions(m_recordingDefinitions.get());
 }
 
 void PlaybackSession::dropRecordingDefinitions()
 {
+    m_core->setRecordingDefinitions(nullptr);
     m_recordingDefinitions.reset();
-    Q_EMIT definitionsInForceChanged();
 }
 
 const SignalDefinitions *PlaybackSession::definitionsInForce() const
 {
-    return m_recordingDefinitions ? m_recordingDefinitions.get() : m_project->definitions();
+    return m_core->definitionsInForce();
 }
 
 bool PlaybackSession::loadIntoEngine()

@@ -9,36 +9,30 @@ QT_BEGIN_NAMESPACE
 class QSlider;
 QT_END_NAMESPACE
 
-class Dashboard;
+class DashboardCore;
 class PlaybackScrubber;
 class Project;
 class SignalDefinitions;
 class SignalPlaybackEngine;
-class SignalRouter;
 
 /**
- * The playback side of the window: the selected recording, the engine that
- * replays it, the slider scrubbing, and the definitions saved with the
+ * The playback side of the window: the selected recording, the core's
+ * engine that replays it, the slider scrubbing (the dashboard's plots are
+ * frozen and moved with the slider), and the definitions saved with the
  * recording, which take precedence over the project's while they are in
- * force ("Use recording's definitions"). Once routed to a dashboard, the
- * engine's frames, states, errors and messages reach its widgets, and the
- * plots follow the slider.
+ * force ("Use recording's definitions").
  */
 class PlaybackSession : public QObject
 {
     Q_OBJECT
 
 public:
-    PlaybackSession(Project *project, QSlider *slider, QObject *parent = nullptr);
+    // Neither the project nor the core is owned.
+    PlaybackSession(Project *project, DashboardCore *core, QSlider *slider, QObject *parent = nullptr);
     ~PlaybackSession() override;
 
     SignalPlaybackEngine *engine() const { return m_engine; }
     PlaybackScrubber *scrubber() const { return m_scrubber; }
-
-    // Played-back data goes to the router's widgets; the dashboard's plots
-    // are cleared, frozen and moved with the slider. Also keeps the router
-    // and the engine on the definitions in force.
-    void routeTo(SignalRouter *router, Dashboard *dashboard);
 
     QString filePath() const { return m_filePath; }
     // Selects a recording and reads it into the engine (warning when it
@@ -67,12 +61,12 @@ public:
 
 Q_SIGNALS:
     void fileChanged(const QString &path);
-    void definitionsInForceChanged();
 
 private:
     bool ensureLoaded(QString *error);
 
     Project *m_project = nullptr;
+    DashboardCore *m_core = nullptr;
     SignalPlaybackEngine *m_engine = nullptr;
     PlaybackScrubber *m_scrubber = nullptr;
     QString m_filePath;

@@ -39,11 +39,6 @@ void ProgressRunner::restart(const QString &labelText)
         m_dialog->setLabelText(labelText);
 }
 
-bool ProgressRunner::isDialogShown() const
-{
-    return m_dialog && m_dialog->isVisible();
-}
-
 bool ProgressRunner::update(qint64 done, qint64 total)
 {
     if (m_cancelled)

@@ -34,7 +34,6 @@ public:
     bool wasCancelled() const { return m_cancelled; }
     // Restarts the clock for a further step of work with a new label.
     void restart(const QString &labelText);
-    bool isDialogShown() const;
     // How long work runs before the dialog appears; ShowAfterMs by default.
     void setShowDelay(int ms) { m_showDelayMs = ms; }
 

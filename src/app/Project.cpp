@@ -1,39 +1,25 @@
 #include "Project.h"
 
+#include "DashboardCore.h"
 #include "FileErrors.h"
-#include "ProjectTemplates.h"
-#include "SignalDefinitions.h"
+#include "ProjectFolder.h"
+#include "SettingsStores.h"
 #include "UserPrompts.h"
 
 #include <QDir>
 #include <QFileInfo>
-#include <QSettings>
 #include <QStandardPaths>
 
-namespace {
-
-const QString ProjectDirKey = QStringLiteral("projectDir");
-
-// Read at start-up and written only by the prompt.
-QSettings rememberedStore()
-{
-    return QSettings(QStringLiteral("Tarnwell"), QStringLiteral("Ombrix"));
-}
-
-} // namespace
-
-Project::Project(QWidget *dialogParent, QObject *parent)
+Project::Project(DashboardCore *core, QWidget *dialogParent, QObject *parent)
     : QObject(parent)
+    , m_core(core)
     , m_dialogParent(dialogParent)
     , m_prompts(std::make_unique<UserPrompts>())
 {
+    connect(m_core, &DashboardCore::definitionsLoaded, this, &Project::definitionsLoaded);
 }
 
-Project::~Project()
-{
-    if (SignalDefinitions::current() == m_definitions.get())
-        SignalDefinitions::setCurrent(nullptr);
-}
+Project::~Project() = default;
 
 void Project::setPrompts(std::unique_ptr<UserPrompts> prompts)
 {
@@ -43,30 +29,28 @@ void Project::setPrompts(std::unique_ptr<UserPrompts> prompts)
 
 QString Project::subfolder(const QString &name) const
 {
-    const QString folder = QDir(m_dir).filePath(name);
-    QDir(folder).mkpath(QStringLiteral("."));
-    return folder;
+    return ProjectFolder::subfolder(m_dir, name);
 }
 
 QString Project::definitionsPath() const
 {
-    return QDir(m_dir).filePath(DefinitionFileName);
+    return ProjectFolder::definitionsPath(m_dir);
 }
 
-bool Project::isValidProjectDir(const QString &path)
+const SignalDefinitions *Project::definitions() const
 {
-    return !path.isEmpty() && QFileInfo::exists(QDir(path).filePath(DefinitionFileName));
+    return m_core->definitions();
 }
 
 bool Project::setProjectDir(const QString &dir)
 {
-    if (!isValidProjectDir(dir))
+    if (!ProjectFolder::isValid(dir))
         return false;
 
     m_dir = QDir(dir).absolutePath();
     // Deliberately not the store read at start-up: only a folder picked in
     // the prompt is restored next time, not one given on the command line.
-    QSettings(QStringLiteral("YourCompany"), QStringLiteral("Ombrix")).setValue(ProjectDirKey, m_dir);
+    SettingsStores::openedProjects().setValue(SettingsStores::ProjectDirKey, m_dir);
     ensureProjectSubfolders();
 
     if (!loadDefinitions(definitionsPath()))
@@ -84,32 +68,23 @@ bool Project::loadDefinitions(const QString &path)
         return false;
     }
 
-    auto loaded = std::make_unique<SignalDefinitions>();
-    if (!loaded->load(path)) {
-        m_prompts->warning(m_dialogParent, tr("Signals Definition"), tr("Failed to load:\n%1").arg(path),
-                           FileErrors::describe(path, FileErrors::whyUnreadable(path)));
+    QString error;
+    if (!m_core->loadDefinitions(path, &error)) {
+        m_prompts->warning(m_dialogParent, tr("Signals Definition"), tr("Failed to load:\n%1").arg(path), error);
         return false;
     }
-
-    // The previous catalogue lives until everyone has moved to the new one.
-    const std::unique_ptr<SignalDefinitions> previous = std::move(m_definitions);
-    m_definitions = std::move(loaded);
-    SignalDefinitions::setCurrent(m_definitions.get());
-    Q_EMIT definitionsLoaded(info.absoluteFilePath());
     return true;
 }
 
 void Project::ensureProjectSubfolders()
 {
-    QDir project(m_dir);
-    for (const char *sub : {"recordings", "layouts", "exports"})
-        project.mkpath(QLatin1String(sub));
+    ProjectFolder::ensureSubfolders(m_dir);
 }
 
 void Project::restoreProjectOrPrompt()
 {
-    const QString remembered = rememberedStore().value(ProjectDirKey).toString();
-    if (!remembered.isEmpty() && isValidProjectDir(remembered) && setProjectDir(remembered))
+    const QString remembered = SettingsStores::remembered().value(SettingsStores::ProjectDirKey).toString();
+    if (!remembered.isEmpty() && ProjectFolder::isValid(remembered) && setProjectDir(remembered))
         return;
     promptForProject();
 }
@@ -140,7 +115,7 @@ void Project::promptForProject()
             Q_EMIT closeRequested();
             return;
         }
-        if (!isValidProjectDir(folder)) {
+        if (!ProjectFolder::isValid(folder)) {
             m_prompts->warning(m_dialogParent, tr("Invalid Project"),
                                tr("Selected folder does not contain dashboard_signals.def"));
             continue;
@@ -152,14 +127,14 @@ void Project::promptForProject()
 
 bool Project::openPicked(const QString &dir)
 {
-    if (!isValidProjectDir(dir)) {
+    if (!ProjectFolder::isValid(dir)) {
         m_prompts->warning(m_dialogParent, tr("Invalid Project"),
                            tr("Selected folder does not contain dashboard_signals.def"));
         return false;
     }
     if (!setProjectDir(dir))
         return false;
-    rememberedStore().setValue(ProjectDirKey, dir);
+    SettingsStores::remembered().setValue(SettingsStores::ProjectDirKey, dir);
     return true;
 }
 
@@ -180,7 +155,7 @@ bool Project::chooseNewProject()
 bool Project::createProjectAt(const QString &dir)
 {
     QString error;
-    if (!ProjectTemplates::writeStarter(dir, &error)) {
+    if (!ProjectFolder::writeStarter(dir, &error)) {
         m_prompts->warning(m_dialogParent, tr("New Project"), tr("Could not create the project."), error);
         return false;
     }
@@ -189,11 +164,11 @@ bool Project::createProjectAt(const QString &dir)
 
 bool Project::openDemoCopy()
 {
-    const QString copy = ProjectTemplates::demoCopyFolder();
-    if (!isValidProjectDir(copy)) {
-        const QString demo = ProjectTemplates::demoFolder();
+    const QString copy = ProjectFolder::demoCopyFolder();
+    if (!ProjectFolder::isValid(copy)) {
+        const QString demo = ProjectFolder::demoFolder();
         QString error = tr("The demo project is not installed.");
-        if (demo.isEmpty() || !ProjectTemplates::copyFolder(demo, copy, &error)) {
+        if (demo.isEmpty() || !ProjectFolder::copyFolder(demo, copy, &error)) {
             m_prompts->warning(m_dialogParent, tr("Demo Project"), tr("Could not copy the demo project."), error);
             return false;
         }

@@ -9,27 +9,24 @@ QT_BEGIN_NAMESPACE
 class QWidget;
 QT_END_NAMESPACE
 
+class DashboardCore;
 class SignalDefinitions;
 class UserPrompts;
 
 /**
- * The project the window works in: its folder (with dashboard_signals.def
- * and the sub-folders "recordings", "layouts" and "exports"), the signal
- * catalogue loaded from it, the remembered folder, and the questions that
- * choose a project. Every question goes through prompts(), so that tests
- * and scripted runs can answer; dialogs are parented to dialogParent().
- *
- * The catalogue is also the process-wide current one (SignalDefinitions::
- * current()) that widgets and the configuration dialog read.
+ * The project the window works in: its folder (a ProjectFolder), the
+ * catalogue loaded from it into the dashboard core, the remembered folder,
+ * and the questions that choose a project. Every question goes through
+ * prompts(), so that tests and scripted runs can answer; dialogs are
+ * parented to dialogParent().
  */
 class Project : public QObject
 {
     Q_OBJECT
 
 public:
-    static inline const QString DefinitionFileName = QStringLiteral("dashboard_signals.def");
-
-    explicit Project(QWidget *dialogParent, QObject *parent = nullptr);
+    // The catalogue is loaded into `core`, which must outlive this object.
+    Project(DashboardCore *core, QWidget *dialogParent, QObject *parent = nullptr);
     ~Project() override;
 
     QWidget *dialogParent() const { return m_dialogParent; }
@@ -44,15 +41,14 @@ public:
     // The project's own definition file.
     QString definitionsPath() const;
     // Null until the first successful load.
-    const SignalDefinitions *definitions() const { return m_definitions.get(); }
+    const SignalDefinitions *definitions() const;
 
-    // True when the folder holds a dashboard_signals.def.
-    static bool isValidProjectDir(const QString &path);
     // Makes the folder current and loads its definitions. False with nothing
     // changed when the folder is not a project; false with the folder taken
     // but the old catalogue kept when its definitions cannot be loaded.
     bool setProjectDir(const QString &dir);
     // Replaces the current catalogue; on failure warns and keeps the old one.
+    // definitionsLoaded() follows a success.
     bool loadDefinitions(const QString &path);
     void ensureProjectSubfolders();
     // Opens the folder remembered from an earlier prompt, else prompts.
@@ -96,8 +92,8 @@ Q_SIGNALS:
     void demoOpened(const QString &absoluteDir);
 
 private:
+    DashboardCore *m_core = nullptr;
     QWidget *m_dialogParent = nullptr;
     std::unique_ptr<UserPrompts> m_prompts;
-    std::unique_ptr<SignalDefinitions> m_definitions;
     QString m_dir;
 };

@@ -1,17 +1,8 @@
 #include "RecentFiles.h"
 
+#include "SettingsStores.h"
+
 #include <QFileInfo>
-#include <QSettings>
-
-namespace {
-
-// The store the window reads at start-up; the recent lists live beside "projectDir".
-QSettings settings()
-{
-    return QSettings(QStringLiteral("Tarnwell"), QStringLiteral("Ombrix"));
-}
-
-} // namespace
 
 RecentFiles::RecentFiles(const QString &key)
     : m_key(key)
@@ -20,7 +11,7 @@ RecentFiles::RecentFiles(const QString &key)
 
 QStringList RecentFiles::paths() const
 {
-    return settings().value(m_key).toStringList();
+    return SettingsStores::remembered().value(m_key).toStringList();
 }
 
 QStringList RecentFiles::existingPaths() const
@@ -57,7 +48,7 @@ void RecentFiles::clear()
 
 void RecentFiles::store(const QStringList &paths)
 {
-    QSettings store = settings();
+    QSettings store = SettingsStores::remembered();
     if (paths.isEmpty())
         store.remove(m_key);
     else

@@ -2,7 +2,7 @@
 
 #include "FrameClock.h"
 #include "Ombrix.h"
-#include "Project.h"
+#include "ProjectFolder.h"
 
 #include <QCommandLineParser>
 #include <QFileInfo>
@@ -123,7 +123,7 @@ QString StartupOptions::projectOfFileArgument() const
     if (file.isEmpty())
         return QString();
     const QString folder = QFileInfo(QFileInfo(file).absolutePath()).absolutePath();
-    return Project::isValidProjectDir(folder) ? folder : QString();
+    return ProjectFolder::isValid(folder) ? folder : QString();
 }
 
 QStringList StartupOptions::problems() const
@@ -135,9 +135,9 @@ QStringList StartupOptions::problems() const
             found << QStringLiteral("--project %1: no such folder").arg(projectDir);
         else if (!folder.isDir())
             found << QStringLiteral("--project %1: not a folder").arg(projectDir);
-        else if (!Project::isValidProjectDir(projectDir))
+        else if (!ProjectFolder::isValid(projectDir))
             found << QStringLiteral("--project %1: not a project folder (no %2 in it)")
-                         .arg(projectDir, Project::DefinitionFileName);
+                         .arg(projectDir, ProjectFolder::DefinitionFileName);
     } else if (!defPath.isEmpty()) {
         const QFileInfo file(defPath);
         if (!file.exists())

@@ -1,4 +1,5 @@
 #include "Ombrix.h"
+#include "SettingsStores.h"
 #include "StartupOptions.h"
 #include "TerminationNotifier.h"
 
@@ -33,9 +34,7 @@ void answerTextOnlyRequests(int argc, char *argv[])
 
 int main(int argc, char *argv[])
 {
-    QCoreApplication::setOrganizationName(QStringLiteral("Tarnwell"));
-    QCoreApplication::setOrganizationDomain(QStringLiteral("tarnwell.example"));
-    QCoreApplication::setApplicationName(QStringLiteral("Ombrix"));
+    SettingsStores::setApplicationIdentity();
     QCoreApplication::setApplicationVersion(QStringLiteral(OMBRIX_VERSION));
     // Wayland desktops find the window's name and icon through its desktop entry.
     QGuiApplication::setDesktopFileName(QStringLiteral("example.tarnwell.Ombrix"));

@@ -3,10 +3,9 @@
 #include "CliCommand.h"
 #include "DashboardWidget.h"
 #include "LayoutChecker.h"
-#include "Project.h"
+#include "ProjectFolder.h"
 #include "SignalDefinitions.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QTextStream>
@@ -40,10 +39,10 @@ int CheckLayoutCommand::run(const QStringList &args)
     std::optional<SignalDefinitions> defs;
     if (parser.isSet(project)) {
         const QString dir = parser.value(project);
-        if (!Project::isValidProjectDir(dir))
-            return cli.usageError(QStringLiteral("%1 is not a project: it has no %2").arg(dir, Project::DefinitionFileName));
+        if (!ProjectFolder::isValid(dir))
+            return cli.usageError(QStringLiteral("%1 is not a project: it has no %2").arg(dir, ProjectFolder::DefinitionFileName));
         defs.emplace();
-        if (!defs->load(QDir(dir).filePath(Project::DefinitionFileName)))
+        if (!defs->load(ProjectFolder::definitionsPath(dir)))
             return cli.fail(defs->lastError(), 2);
         // Pictures are found as the window finds them.
         DashboardWidget::setProjectFolder(QFileInfo(dir).absoluteFilePath());

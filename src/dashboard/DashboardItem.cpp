@@ -4,6 +4,7 @@
 #include "DashboardWidgetConfigDialog.h"
 #include "DashboardWidgetFactory.h"
 #include "DesignScene.h"
+#include "LayoutFormat.h"
 
 #include <QApplication>
 #include <QDialog>
@@ -25,7 +26,8 @@
 
 namespace {
 
-constexpr qreal GridSize = 10.0;
+using namespace LayoutFormat;
+
 constexpr qreal HandleSize = 12.0;
 const QSize DefaultMinimum(80, 60);
 const QSize SmallestMinimum(20, 20);
@@ -35,7 +37,7 @@ qreal sanitized(qreal value)
 {
     if (!std::isfinite(value))
         return 0.0;
-    return std::clamp(value, -DashboardItem::MaxExtent, DashboardItem::MaxExtent);
+    return std::clamp(value, -MaxExtent, MaxExtent);
 }
 
 // Whole units first, then up to the next multiple of the grid: 61 -> 70, 60 -> 60.
@@ -97,25 +99,23 @@ DashboardItem::~DashboardItem()
 
 DashboardItem *DashboardItem::fromJson(const QJsonObject &record)
 {
-    const QString typeName = record.value(QLatin1String("type")).toString();
+    const QString typeName = record.value(TypeKey).toString();
     if (typeName.isEmpty())
         return nullptr;
     DashboardWidget *widget = DashboardWidgetFactory::instance().create(typeName);
     if (!widget)
         return nullptr;
 
-    const QJsonValue names = record.value(QLatin1String("signals"));
+    const QJsonValue names = record.value(SignalsKey);
     widget->setSignalNames(names.isArray() ? QVariant(names.toArray().toVariantList()).toStringList()
                                            : QStringList());
-    widget->loadConfig(record.value(QLatin1String("config")).toObject());
+    widget->loadConfig(record.value(ConfigKey).toObject());
 
     auto *item = new DashboardItem(widget);
-    item->setPos(sanitized(record.value(QLatin1String("x")).toDouble()),
-                 sanitized(record.value(QLatin1String("y")).toDouble()));
-    item->setSize(QSizeF(record.value(QLatin1String("width")).toDouble(),
-                         record.value(QLatin1String("height")).toDouble()));
-    if (record.contains(QLatin1String("z")))
-        item->setZValue(sanitized(record.value(QLatin1String("z")).toDouble()));
+    item->setPos(sanitized(record.value(XKey).toDouble()), sanitized(record.value(YKey).toDouble()));
+    item->setSize(QSizeF(record.value(WidthKey).toDouble(), record.value(HeightKey).toDouble()));
+    if (record.contains(ZKey))
+        item->setZValue(sanitized(record.value(ZKey).toDouble()));
     return item;
 }
 
@@ -123,15 +123,14 @@ QJsonObject DashboardItem::toJson() const
 {
     const DashboardWidget *widget = dashboardWidget();
     QJsonObject record;
-    record.insert(QLatin1String("type"), widget ? widget->typeName() : QString());
-    record.insert(QLatin1String("signals"),
-                  QJsonArray::fromStringList(widget ? widget->signalNames() : QStringList()));
-    record.insert(QLatin1String("x"), pos().x());
-    record.insert(QLatin1String("y"), pos().y());
-    record.insert(QLatin1String("width"), m_size.width());
-    record.insert(QLatin1String("height"), m_size.height());
-    record.insert(QLatin1String("config"), widget ? widget->saveConfig() : QJsonObject());
-    record.insert(QLatin1String("z"), zValue());
+    record.insert(TypeKey, widget ? widget->typeName() : QString());
+    record.insert(SignalsKey, QJsonArray::fromStringList(widget ? widget->signalNames() : QStringList()));
+    record.insert(XKey, pos().x());
+    record.insert(YKey, pos().y());
+    record.insert(WidthKey, m_size.width());
+    record.insert(HeightKey, m_size.height());
+    record.insert(ConfigKey, widget ? widget->saveConfig() : QJsonObject());
+    record.insert(ZKey, zValue());
     return record;
 }
 
@@ -227,37 +226,30 @@ DashboardWidget *DashboardItem::dashboardWidget() const
     return m_proxy ? qobject_cast<DashboardWidget *>(m_proxy->widget()) : nullptr;
 }
 
-QList<qreal> DashboardItem::distinctDashboardZValues() const
+// The scene's distinct z values, this item's own among them even off a scene.
+QList<qreal> DashboardItem::zValuesWithOwn() const
 {
-    QList<qreal> values;
-    if (scene()) {
-        const QList<QGraphicsItem *> items = scene()->items();
-        for (QGraphicsItem *item : items) {
-            if (!item->parentItem() && qgraphicsitem_cast<DashboardItem *>(item))
-                values.append(item->zValue());
-        }
-    }
-    if (!values.contains(zValue()))
-        values.append(zValue());
-    std::sort(values.begin(), values.end());
-    values.erase(std::unique(values.begin(), values.end()), values.end());
+    QList<qreal> values = parentItem() ? QList<qreal>() : DesignScene::itemZValuesOf(scene());
+    const auto at = std::lower_bound(values.begin(), values.end(), zValue());
+    if (at == values.end() || *at != zValue())
+        values.insert(at, zValue());
     return values;
 }
 
 void DashboardItem::bringToFront()
 {
-    setZAndRestack(distinctDashboardZValues().last() + 1.0);
+    setZAndRestack(zValuesWithOwn().last() + 1.0);
 }
 
 void DashboardItem::sendToBack()
 {
-    setZAndRestack(distinctDashboardZValues().first() - 1.0);
+    setZAndRestack(zValuesWithOwn().first() - 1.0);
 }
 
 // The half steps move the item past exactly one neighbour without renumbering the others.
 void DashboardItem::bringForward()
 {
-    const QList<qreal> values = distinctDashboardZValues();
+    const QList<qreal> values = zValuesWithOwn();
     const qsizetype i = values.indexOf(zValue());
     if (i >= 0 && i < values.size() - 1)
         setZAndRestack(values.at(i + 1) + 0.5);
@@ -265,7 +257,7 @@ void DashboardItem::bringForward()
 
 void DashboardItem::sendBackward()
 {
-    const QList<qreal> values = distinctDashboardZValues();
+    const QList<qreal> values = zValuesWithOwn();
     const qsizetype i = values.indexOf(zValue());
     if (i > 0)
         setZAndRestack(values.at(i - 1) - 0.5);
@@ -346,27 +338,8 @@ void DashboardItem::restackOverlay()
     // one, which would put the overlay under its sibling proxy and hand the mouse
     // to the embedded widget; a child's z only orders it among its siblings, so
     // the overlay is also kept above the proxy.
-    const qreal z = std::max(largestOtherZ() - zValue() + 1.0, m_proxy->zValue() + 1.0);
-    m_overlay->setZValue(z);
-}
-
-qreal DashboardItem::largestOtherZ() const
-{
-    if (m_zScene)
-        return m_zScene->largestItemZBesides(zValue()).value_or(zValue());
-    // Any other scene is asked item by item.
-    qreal largest = zValue();
-    bool found = false;
-    if (scene()) {
-        const QList<QGraphicsItem *> items = scene()->items();
-        for (QGraphicsItem *item : items) {
-            if (item == this || item->parentItem())
-                continue;
-            largest = found ? std::max(largest, item->zValue()) : item->zValue();
-            found = true;
-        }
-    }
-    return largest;
+    const qreal largestOther = DesignScene::largestZBesides(scene(), this).value_or(zValue());
+    m_overlay->setZValue(std::max(largestOther - zValue() + 1.0, m_proxy->zValue() + 1.0));
 }
 
 void DashboardItem::trackZ()

@@ -23,13 +23,6 @@ class DashboardItem : public QGraphicsItem
 public:
     enum { Type = UserType + 1 };
 
-    // Positions and z values read from a record are clamped to this magnitude.
-    static constexpr qreal MaxExtent = 20000.0;
-    // Neither side of an item exceeds this, however it is sized: a layout
-    // asking for 1e9 (a typo, a damaged file) would otherwise make widgets,
-    // and the drawings they keep, of gigabytes. Screens are smaller.
-    static constexpr qreal MaxSize = 10000.0;
-
     // Takes ownership of `widget` (which may be any QWidget, or null).
     explicit DashboardItem(QWidget *widget, QGraphicsItem *parent = nullptr);
     ~DashboardItem() override;
@@ -47,8 +40,8 @@ public:
     void setDesignMode(bool on);
     bool designMode() const { return m_designMode; }
 
-    // Raised to minimumSize() and held to MaxSize, then each dimension
-    // rounded up to a multiple of 10.
+    // Raised to minimumSize() and held to LayoutFormat::MaxSize, then each
+    // dimension rounded up to a multiple of the grid.
     void setSize(const QSizeF &size);
     QSizeF size() const { return m_size; }
     // The widget's minimum design size (80x60 at least for other widgets),
@@ -59,9 +52,9 @@ public:
     DashboardWidget *dashboardWidget() const;
     QGraphicsRectItem *overlay() const { return m_overlay; }
 
-    // Z-order among the scene's top-level DashboardItems. Forward/backward
-    // step past exactly one distinct neighbouring z value and do nothing at
-    // the top or bottom.
+    // Z-order among the scene's top-level DashboardItems, as the scene keeps
+    // it. Forward/backward step past exactly one distinct neighbouring z
+    // value and do nothing at the top or bottom.
     void bringToFront();
     void sendToBack();
     void bringForward();
@@ -87,10 +80,9 @@ protected:
 private:
     static QSize minimumSizeFor(const QWidget *widget);
     QRectF resizeHandle() const;
-    QList<qreal> distinctDashboardZValues() const;
+    QList<qreal> zValuesWithOwn() const;
     void setZAndRestack(qreal z);
     void restackOverlay();
-    qreal largestOtherZ() const;
     void trackZ();
     void updateCursor(const QPointF &pos);
     void setOverrideCursor(Qt::CursorShape shape);

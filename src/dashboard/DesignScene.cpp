@@ -1,9 +1,12 @@
 #include "DesignScene.h"
 
+#include "DashboardItem.h"
+
 #include <QApplication>
 #include <QPainter>
 #include <QPalette>
 
+#include <algorithm>
 #include <cmath>
 
 DesignScene::DesignScene(QObject *parent)
@@ -15,6 +18,51 @@ DesignScene::~DesignScene()
 {
     // The items tell this scene when they go: delete them while it is whole.
     clear();
+}
+
+QList<DashboardItem *> DesignScene::dashboardItemsOf(const QGraphicsScene *scene)
+{
+    QList<DashboardItem *> result;
+    if (!scene)
+        return result;
+    const QList<QGraphicsItem *> items = scene->items();
+    for (QGraphicsItem *item : items) {
+        if (item->parentItem())
+            continue;
+        if (auto *dashboardItem = qgraphicsitem_cast<DashboardItem *>(item))
+            result.append(dashboardItem);
+    }
+    return result;
+}
+
+QList<qreal> DesignScene::itemZValuesOf(const QGraphicsScene *scene)
+{
+    QList<qreal> values;
+    if (auto *design = qobject_cast<const DesignScene *>(scene)) {
+        for (const auto &[z, count] : design->m_itemZCounts)
+            values.append(z);
+        return values;
+    }
+    for (const DashboardItem *item : dashboardItemsOf(scene))
+        values.append(item->zValue());
+    std::sort(values.begin(), values.end());
+    values.erase(std::unique(values.begin(), values.end()), values.end());
+    return values;
+}
+
+std::optional<qreal> DesignScene::largestZBesides(const QGraphicsScene *scene, const QGraphicsItem *item)
+{
+    if (auto *design = qobject_cast<const DesignScene *>(scene))
+        return design->largestItemZBesides(item->zValue());
+    std::optional<qreal> largest;
+    if (!scene)
+        return largest;
+    const QList<QGraphicsItem *> items = scene->items();
+    for (const QGraphicsItem *other : items) {
+        if (other != item && !other->parentItem())
+            largest = largest ? std::max(*largest, other->zValue()) : other->zValue();
+    }
+    return largest;
 }
 
 void DesignScene::addItemZ(qreal z)

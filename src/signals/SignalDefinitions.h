@@ -28,8 +28,11 @@ struct SignalDef
     QString name;
     QString label;
     QString typeName;
-    double minValue = 0.0; // not set by the file
-    double maxValue = 0.0; // not set by the file
+    // Two further values of the record: 0 after parsing, never set by the
+    // file and read by nothing. Kept so that a SignalDef is still built with
+    // all five of its fields.
+    double minValue = 0.0;
+    double maxValue = 0.0;
 
     // A signal is shown by its label, or by its bare name when it has none.
     QString displayName() const { return label.isEmpty() ? name : label; }

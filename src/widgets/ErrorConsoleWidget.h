@@ -1,12 +1,13 @@
 #pragma once
 
 #include "ConsoleWidget.h"
+#include "IErrorConsumer.h"
 
 /**
  * Lists errors, one line each: "[t] id : description", or "[t] id" when the
  * description is empty (an error without a declared text shows its id alone).
  */
-class ErrorConsoleWidget : public ConsoleWidget
+class ErrorConsoleWidget : public ConsoleWidget, public IErrorConsumer
 {
     Q_OBJECT
 
@@ -15,7 +16,8 @@ public:
 
     QString typeName() const override;
 
-    void appendError(double tSec, const QString &id, const QString &description);
+    void appendError(double tSec, const QString &id, const QString &description) override;
+    void clearErrors() override { clear(); }
 
     static QString formatLine(double tSec, const QString &id, const QString &description);
 };

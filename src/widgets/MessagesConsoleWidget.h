@@ -1,9 +1,10 @@
 #pragma once
 
 #include "ConsoleWidget.h"
+#include "IMessageConsumer.h"
 
 /// Lists free-text messages, one line each: "[t] text".
-class MessagesConsoleWidget : public ConsoleWidget
+class MessagesConsoleWidget : public ConsoleWidget, public IMessageConsumer
 {
     Q_OBJECT
 
@@ -12,7 +13,8 @@ public:
 
     QString typeName() const override;
 
-    void appendMessage(double tSec, const QString &text);
+    void appendMessage(double tSec, const QString &text) override;
+    void clearMessages() override { clear(); }
 
     static QString formatLine(double tSec, const QString &text);
 };

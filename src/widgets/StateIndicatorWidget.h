@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DashboardWidget.h"
+#include "IStateConsumer.h"
 
 #include <QColor>
 #include <QFont>
@@ -19,7 +20,7 @@ QT_END_NAMESPACE
  *
  * Config keys: "groupId" (string) and "corner" (integer, pill corner radius).
  */
-class StateIndicatorWidget : public DashboardWidget
+class StateIndicatorWidget : public DashboardWidget, public IStateConsumer
 {
     Q_OBJECT
 
@@ -38,9 +39,9 @@ public:
     /// so the catalogue is only read when the group changes.
     void setGroupId(const QString &id);
     /// Shows a state; an empty label shows the state id.
-    void setState(const QString &stateId, const QString &label);
+    void setState(const QString &stateId, const QString &label) override;
 
-    QString groupId() const { return m_groupId; }
+    QString groupId() const override { return m_groupId; }
     QString title() const { return m_title; }
     QString stateId() const { return m_stateId; }
     QString stateLabel() const { return m_stateLabel; }

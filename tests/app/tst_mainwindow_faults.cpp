@@ -1,10 +1,7 @@
 #include "WindowFixture.h"
 
 #include "AnalogGaugeWidget.h"
-#include "DeviceFaults.h"
-#include "LineFramer.h"
 #include "MainToolBars.h"
-#include "MessagesConsoleWidget.h"
 #include "PortReconnector.h"
 #include "PtyPair.h"
 #include "Recording.h"
@@ -13,7 +10,6 @@
 
 #include <QCheckBox>
 #include <QLabel>
-#include <QSignalSpy>
 #include <QStatusBar>
 #include <QToolButton>
 
@@ -149,50 +145,6 @@ private Q_SLOTS:
             QTRY_VERIFY_WITH_TIMEOUT(f.window->serialManager()->isOpen(), ReconnectTimeoutMs);
             QVERIFY(staleLabel(f)->isHidden());
         }
-    }
-
-    // What the device sends between two good lines: the lines survive, the
-    // garbage reaches the messages, an endless line is dropped and reported once.
-    void badStreamWhileRecording_data()
-    {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<int>("messages");
-        QTest::addColumn<int>("reports");
-        QTest::newRow("binary garbage") << DeviceFaults::binaryGarbage() << 1 << 0;
-        QTest::newRow("no line feed for 10 MB") << QByteArray(10 << 20, 'x') << 0 << 1;
-    }
-
-    void badStreamWhileRecording()
-    {
-        QFETCH(QByteArray, bytes);
-        QFETCH(int, messages);
-        QFETCH(int, reports);
-        PtyPair pty;
-        WindowFixture f;
-        auto *gauge = f.widgetOf<AnalogGaugeWidget>(f.add(QStringLiteral("AnalogGauge"), {QStringLiteral("TEMP")}));
-        auto *console = f.widgetOf<MessagesConsoleWidget>(f.add(QStringLiteral("MessagesConsole")));
-        QSignalSpy statusMessages(f.window->statusBar(), &QStatusBar::messageChanged);
-        QVERIFY(f.window->connectPort(pty.slavePath(), 115200));
-        f.window->recordButton();
-
-        QVERIFY(pty.writeLarge("1.0 TEMP=10\n1.5 " + bytes + "\n2.0 TEMP=20\n"));
-        QTRY_COMPARE(gauge->value(), 20.0);
-        QCOMPARE(console->lines().size(), messages);
-        if (messages)
-            QVERIFY(console->lines().at(0).contains(QChar::ReplacementCharacter));
-        const QString report = QStringLiteral("Port %1: line longer than %2 bytes dropped")
-                                   .arg(f.window->serialManager()->portName()).arg(LineFramer::MaxLineBytes);
-        QCOMPARE(statusMessages.count(QVariantList{report}), reports);
-        QVERIFY(f.window->serialManager()->isOpen());
-
-        f.window->stopButton();
-        const QByteArray file = readFile(f.window->playbackFile());
-        QVERIFY2(DeviceFaults::allLinesWhole(file), file.left(200).constData());
-        QVERIFY(file.startsWith("0.000000 TEMP=10\n") && file.endsWith("1.000000 TEMP=20\n"));
-        Recording recording;
-        QVERIFY(recording.load(f.window->playbackFile()));
-        QCOMPARE(recording.frameCount(), 2 + messages);
-        QCOMPARE(recording.messages().size(), messages);
     }
 
 private:

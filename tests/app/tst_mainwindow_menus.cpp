@@ -1,5 +1,6 @@
 #include "WindowFixture.h"
 
+#include "DashboardView.h"
 #include "DesignScene.h"
 #include "FileButton.h"
 #include "MainMenus.h"
@@ -134,7 +135,7 @@ private Q_SLOTS:
     {
         ActiveWindow f;
         QVERIFY(f.activated);
-        QGraphicsView *view = f.window->dashboard()->view();
+        QGraphicsView *view = f.window->view();
         const QSizeF viewport = view->viewport()->size();
         f.press(QKeySequence(QKeySequence::ZoomOut));
         f.press(QKeySequence(QKeySequence::ZoomOut));
@@ -146,7 +147,7 @@ private Q_SLOTS:
         QCOMPARE(f.window->dashboard()->scene()->sceneRect().size(), viewport);
         for (int i = 0; i < 10; ++i)
             f.press(QKeySequence(QKeySequence::ZoomIn));
-        QCOMPARE(f.window->dashboard()->zoom(), Dashboard::MaxZoom);
+        QCOMPARE(f.window->view()->zoom(), DashboardView::MaxZoom);
     }
 
     void fullScreenMenuFollowsWindow()
@@ -204,6 +205,11 @@ private Q_SLOTS:
         QCOMPARE(bars->playbackFileLabel->text(), QStringLiteral("bench.rec"));
         QCOMPARE(bars->playbackFileButton->toolTip(), QDir::toNativeSeparators(path));
         QVERIFY(bars->playbackFileButton->sizeHint().width() > bars->playbackFileLabel->sizeHint().width());
+
+        // Cancelling keeps the selection.
+        bars->playbackFileButton->click();
+        QCOMPARE(f.prompts->captions.size(), 2);
+        QCOMPARE(f.window->playbackFile(), path);
     }
 
     void recentListsPersistAcrossWindows()

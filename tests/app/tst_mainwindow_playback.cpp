@@ -16,7 +16,6 @@
 #include <QCheckBox>
 #include <QDoubleSpinBox>
 #include <QLabel>
-#include <QProcess>
 #include <QSlider>
 #include <QStatusBar>
 #include <QToolButton>
@@ -131,34 +130,6 @@ private Q_SLOTS:
         QCOMPARE(f.window->engine()->currentTime(), 0.0);
     }
 
-    void lostPortEndsRecordingWithEverythingReceived_data()
-    {
-        QTest::addColumn<bool>("userDisconnects");
-        QTest::newRow("device gone") << false;
-        // A reconnected port starts its clock again: the times would run backwards in one file.
-        QTest::newRow("disconnect clicked") << true;
-    }
-
-    void lostPortEndsRecordingWithEverythingReceived()
-    {
-        QFETCH(bool, userDisconnects);
-        PtyPair pty;
-        WindowFixture f;
-        QVERIFY(startRecording(f, pty));
-        const QString path = f.window->recordingWriter()->filePath();
-        QVERIFY(pty.write("1.0 RPM=1\n2.0 RPM=2\n"));
-        QTRY_COMPARE(f.window->latestValues().value(QStringLiteral("RPM")), 2.0);
-
-        if (userDisconnects)
-            QTest::mouseClick(f.window->toolBars()->connectButton, Qt::LeftButton);
-        else
-            pty.close();
-        QTRY_COMPARE(f.window->mode(), Ombrix::Idle);
-        if (!userDisconnects)
-            QVERIFY(f.window->statusBar()->currentMessage().contains(QFileInfo(path).fileName()));
-        QCOMPARE(readFile(path), QByteArray("0.000000 RPM=1\n1.000000 RPM=2\n"));
-    }
-
     // A full disk ends the recording: the user learns which file, why, and
     // what it keeps, and the file ends on its last whole line.
     void refusedWritesEndTheRecording()
@@ -220,23 +191,35 @@ private Q_SLOTS:
         QCOMPARE(f.window->mode(), Ombrix::Play);
     }
 
-    void seeksRestoreExactlyThePrecedingEvents()
+    // While playback owns the widgets live values are muted, but live states,
+    // errors and messages still reach the dashboard.
+    void liveEventsReachTheDashboardWhileValuesAreMuted_data()
     {
-        PlaybackFixture f;
-        f.play(2500);
-        // While playing, a seek re-announces events up to the new position only.
-        f.window->engine()->seek(0.2);
-        QVERIFY(f.window->engine()->isPlaying());
-        QCOMPARE(f.state(), QStringLiteral("Play gauge=60 errors=0 messages=0"));
-        QCOMPARE(f.indicator->stateId(), QStringLiteral("RUN"));
-        f.advance(400);
-        QCOMPARE(f.errors->lines().size(), 1);
+        QTest::addColumn<bool>("paused");
+        QTest::newRow("Play") << false;
+        QTest::newRow("Pause") << true;
+    }
 
-        f.window->stopButton();
-        f.window->engine()->seek(2.5);
-        QCOMPARE(f.state(), QStringLiteral("Pause gauge=110 errors=2 messages=2"));
-        f.window->engine()->seek(0.7);
-        QCOMPARE(f.state(), QStringLiteral("Pause gauge=60 errors=1 messages=0"));
+    void liveEventsReachTheDashboardWhileValuesAreMuted()
+    {
+        QFETCH(bool, paused);
+        PtyPair pty;
+        PlaybackFixture f;
+        QVERIFY(f.window->connectPort(pty.slavePath(), 115200));
+        f.play(0);
+        if (paused)
+            f.window->stopButton();
+        const QString mode = paused ? QStringLiteral("Pause") : QStringLiteral("Play");
+        QCOMPARE(f.state(), mode + QStringLiteral(" gauge=60 errors=0 messages=0"));
+
+        // The message is the last thing a line hands on.
+        QVERIFY(pty.write("RPM=900 ST_MODE=STOP ERR=E_HOT live words\n"));
+        QTRY_COMPARE(f.messages->lines().size(), 1);
+        QCOMPARE(f.state(), mode + QStringLiteral(" gauge=60 errors=1 messages=1"));
+        QCOMPARE(f.indicator->stateLabel(), QStringLiteral("Stopped"));
+        QVERIFY(f.errors->lines().at(0).endsWith(QLatin1String("E_HOT : Overheated")));
+        QVERIFY(f.messages->lines().at(0).endsWith(QLatin1String("live words")));
+        QVERIFY(!f.window->latestValues().contains(QStringLiteral("RPM")));
     }
 
     void endOfPlaybackReturnsToIdleAndPlayRewinds()
@@ -280,21 +263,6 @@ private Q_SLOTS:
         QCOMPARE(f.gauge->value(), 60.0);
     }
 
-    void playbackFileLabelFollowsSelection()
-    {
-        PlaybackFixture f;
-        f.prompts->fileAnswers = {f.recording};
-        f.window->toolBars()->playbackFileLabel->show();
-        QTest::mouseClick(f.window->toolBars()->playbackFileLabel, Qt::LeftButton);
-        QCOMPARE(f.window->toolBars()->playbackFileLabel->text(), QStringLiteral("bench.rec"));
-        QCOMPARE(f.window->engine()->frames().duration(), 3.0);
-
-        // Cancelling keeps the selection.
-        f.window->selectPlaybackFile();
-        QCOMPARE(f.prompts->captions.size(), 2);
-        QCOMPARE(f.window->playbackFile(), f.recording);
-    }
-
     void exportsThroughWindowEqualExporters()
     {
         PlaybackFixture f;
@@ -334,54 +302,6 @@ private Q_SLOTS:
         QVERIFY(f.prompts->warnings.at(0).details.contains(unwritable + QLatin1String(": No such file or directory")));
     }
 
-    void simulatedDeviceIsRecordedAndPlayedBack()
-    {
-        const QString demo = QStringLiteral(OMBRIX_SOURCE_DIR "/examples/demo");
-        QTemporaryDir root;
-        const QString project = root.filePath(QStringLiteral("bench"));
-        QVERIFY(writeFile(project + QStringLiteral("/dashboard_signals.def"),
-                          readFile(demo + QStringLiteral("/dashboard_signals.def"))));
-        const QString link = root.filePath(QStringLiteral("device"));
-
-        // With the device's own time stamps every line is a frame of its own,
-        // however many lines one read of the port brings in.
-        QProcess simulator;
-        simulator.start(qEnvironmentVariable("OMBRIX_CLI"),
-                        {QStringLiteral("simulate"), QStringLiteral("--project"), project, QStringLiteral("--link"), link,
-                         QStringLiteral("--rate"), QStringLiteral("200"), QStringLiteral("--duration"), QStringLiteral("30"),
-                         QStringLiteral("--timestamps")});
-        QVERIFY2(simulator.waitForStarted(), qPrintable(simulator.errorString()));
-        QTRY_VERIFY(QFileInfo::exists(link));
-
-        Ombrix window;
-        ScriptedPrompts *prompts = ScriptedPrompts::installOn(window);
-        QVERIFY(window.setProjectDir(project));
-        QVERIFY(window.loadLayoutFrom(demo + QStringLiteral("/layouts/demo.json")));
-        AnalogGaugeWidget *speed = nullptr;
-        for (DashboardItem *item : window.dashboard()->items()) {
-            // The demo layout binds only signals its project declares.
-            for (const QString &name : item->dashboardWidget()->signalNames())
-                QVERIFY2(window.definitions()->signalFor(SignalRouter::routingName(name)), qPrintable(name));
-            auto *gauge = qobject_cast<AnalogGaugeWidget *>(item->dashboardWidget());
-            if (gauge && SignalRouter::routingName(gauge->signalNames().value(0)) == QLatin1String("SPEED"))
-                speed = gauge;
-        }
-        QVERIFY(speed);
-
-        QVERIFY(window.connectPort(link, 115200));
-        QTRY_VERIFY(speed->value() > 0.0);
-        window.recordButton();
-        QCOMPARE(window.mode(), Ombrix::Record);
-        QTRY_VERIFY(window.recordingWriter()->linesWritten() >= 100);
-        window.stopButton();
-        simulator.terminate();
-        QVERIFY(simulator.waitForFinished());
-
-        QVERIFY(window.engine()->frames().frameCount() >= 50);
-        QVERIFY(window.engine()->frames().signalNames().contains(QStringLiteral("SPEED")));
-        QVERIFY(QFileInfo::exists(Recording::companionPathFor(window.playbackFile())));
-        QVERIFY(prompts->warnings.isEmpty());
-    }
 };
 
 QTEST_MAIN(tst_MainWindowPlayback)

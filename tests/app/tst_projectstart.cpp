@@ -3,7 +3,7 @@
 #include "Ombrix.h"
 #include "Project.h"
 #include "ProjectIntroDialog.h"
-#include "ProjectTemplates.h"
+#include "ProjectFolder.h"
 #include "ScriptedPrompts.h"
 #include "SignalDefinitions.h"
 #include "TestFiles.h"
@@ -51,7 +51,7 @@ private Q_SLOTS:
     {
         m_root = std::make_unique<QTemporaryDir>();
         QSettings(QStringLiteral("Tarnwell"), QStringLiteral("Ombrix")).clear();
-        QDir(ProjectTemplates::demoCopyFolder()).removeRecursively();
+        QDir(ProjectFolder::demoCopyFolder()).removeRecursively();
     }
 
     void cleanup() { QTRY_VERIFY(QApplication::topLevelWidgets().isEmpty()); }
@@ -103,7 +103,7 @@ private Q_SLOTS:
                 && !defs->states().isEmpty() && !defs->errors().isEmpty());
         QList<DefinitionLinter::Finding> findings;
         QString error;
-        QVERIFY(DefinitionLinter::checkFile(QDir(dir).filePath(Project::DefinitionFileName), &findings, &error));
+        QVERIFY(DefinitionLinter::checkFile(QDir(dir).filePath(ProjectFolder::DefinitionFileName), &findings, &error));
         for (const DefinitionLinter::Finding &finding : findings)
             qWarning("line %d: %s", finding.line, qPrintable(finding.message));
         QVERIFY(findings.isEmpty());
@@ -145,8 +145,8 @@ private Q_SLOTS:
 
     void demoCopyOpensWithItsLayoutAndKeepsChanges()
     {
-        QVERIFY(!ProjectTemplates::demoFolder().isEmpty());
-        const QString copy = ProjectTemplates::demoCopyFolder();
+        QVERIFY(!ProjectFolder::demoFolder().isEmpty());
+        const QString copy = ProjectFolder::demoCopyFolder();
         {
             Prompted w;
             w.prompts->introAnswers = {true};
@@ -161,7 +161,7 @@ private Q_SLOTS:
             QCOMPARE(w.window.playbackFile(), QDir(copy).filePath(QStringLiteral("recordings/demo_run.rec")));
         }
         // The copy is the user's: opening the demo again does not overwrite it.
-        const QString defPath = QDir(copy).filePath(Project::DefinitionFileName);
+        const QString defPath = QDir(copy).filePath(ProjectFolder::DefinitionFileName);
         QVERIFY(writeFile(defPath, "DASHBOARD_SIGNAL(MINE, \"mine\", float)\n"));
         Prompted w;
         QVERIFY(w.window.project()->openDemoCopy());

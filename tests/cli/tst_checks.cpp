@@ -100,8 +100,8 @@ private Q_SLOTS:
                                             << "unknown key \"widht\"";
         QTest::newRow("position out of range") << layoutOf(gauge, R"(, "y": -30000)") << false
                                                << "\"y\" -30000 lies beyond 20000 either way and is read as -20000";
-        QTest::newRow("absurd size") << layoutOf(gauge, R"(, "width": 200000)") << false
-                                     << "\"width\" 200000 is out of range (0 to 100000)";
+        QTest::newRow("absurd size") << layoutOf(gauge, R"(, "width": 50000)") << false
+                                     << "\"width\" 50000 is over the limit of 10000 and is cut down to it";
         QTest::newRow("size raised") << layoutOf(gauge, R"(, "height": 5)") << false
                                      << "\"height\" 5 is below the widget's minimum and is raised to";
         QTest::newRow("size rounded") << layoutOf(gauge, R"(, "width": 135)") << false

@@ -68,6 +68,24 @@ private Q_SLOTS:
         QVERIFY(early.copy(220, 40, 170, 30) != late.copy(220, 40, 170, 30));
     }
 
+    // A script rendering pictures changes nothing the window offers next time.
+    void renderingLeavesAFreshHomeUntouched()
+    {
+        QTemporaryDir home;
+        QVERIFY(home.isValid());
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("HOME"), home.path());
+        for (const char *name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME"})
+            environment.insert(QLatin1String(name), home.path() + QLatin1Char('/') + QLatin1String(name));
+        const QString out = m_dir.filePath(QStringLiteral("fresh.png"));
+        const CliRun run = CliRun::run({"render", m_layout, "--project", m_project, "--recording", m_recording,
+                                        "--at", "1", "-o", out},
+                                       environment);
+        QCOMPARE(run.exitCode, 0);
+        QVERIFY(QFile::exists(out));
+        QCOMPARE(QDir(home.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList());
+    }
+
     void sizeIsTaken()
     {
         const QString out = m_dir.filePath(QStringLiteral("sized.png"));

@@ -7,9 +7,10 @@ QString CliRun::program()
     return qEnvironmentVariable("OMBRIX_CLI");
 }
 
-CliRun CliRun::run(const QStringList &args)
+CliRun CliRun::run(const QStringList &args, const QProcessEnvironment &environment)
 {
     QProcess process;
+    process.setProcessEnvironment(environment);
     process.start(program(), args);
     CliRun result;
     if (!process.waitForFinished(30000)) {

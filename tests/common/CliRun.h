@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QProcessEnvironment>
 #include <QString>
 #include <QStringList>
 
@@ -13,7 +14,8 @@ struct CliRun
 
     // CTest sets OMBRIX_CLI; empty when the test runs outside CTest.
     static QString program();
-    static CliRun run(const QStringList &args);
+    static CliRun run(const QStringList &args,
+                      const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment());
 
     // The shape of every argument error: exit 2, nothing on stdout, one line
     // "ombrix-cli <command>: ..." on stderr, then the command's usage.

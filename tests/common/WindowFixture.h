@@ -1,6 +1,8 @@
 #pragma once
 
 #include "DashboardItem.h"
+#include "DashboardView.h"
+#include "LayoutFormat.h"
 #include "DashboardWidget.h"
 #include "Dashboard.h"
 #include "Ombrix.h"

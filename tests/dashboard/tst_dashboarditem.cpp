@@ -10,7 +10,6 @@
 #include <QMenu>
 #include <QtTest>
 
-#include <limits>
 #include <memory>
 
 class tst_DashboardItem : public QObject
@@ -82,27 +81,6 @@ private Q_SLOTS:
         fresh.addItem(copy);
         QCOMPARE(probeOf(copy)->threshold, 17);
         QCOMPARE(copy->toJson(), record);
-    }
-
-    void recordValuesFallBackToDefaults_data()
-    {
-        const double nan = std::numeric_limits<double>::quiet_NaN();
-        QTest::addColumn<QJsonObject>("keys");
-        QTest::newRow("only type") << QJsonObject();
-        QTest::newRow("not finite or wrong types")
-            << QJsonObject{{"x", nan}, {"y", "12"}, {"width", QJsonArray{1}}, {"height", nan}, {"z", "top"},
-                           {"signals", "rpm"}, {"config", QJsonArray{1, 2}}};
-    }
-
-    void recordValuesFallBackToDefaults()
-    {
-        QFETCH(QJsonObject, keys);
-        keys.insert(QLatin1String("type"), ProbeWidget::typeId());
-        std::unique_ptr<DashboardItem> item(DashboardItem::fromJson(keys));
-        QCOMPARE(QRectF(item->pos(), item->size()), QRectF(0, 0, 80, 60));
-        QCOMPARE(item->zValue(), 0.0);
-        QVERIFY(item->dashboardWidget()->signalNames().isEmpty());
-        QCOMPARE(probeOf(item.get())->threshold, 5);
     }
 
     void overlayFollowsTheOtherItemsAsTheyComeAndGo()

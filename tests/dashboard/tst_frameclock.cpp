@@ -69,22 +69,6 @@ private Q_SLOTS:
         QCOMPARE(m_idle.paints, 0);
     }
 
-    void framesFollowTheRateNotTheData()
-    {
-        FrameClock::instance().setFramesPerSecond(10);
-        const qint64 framesBefore = FrameClock::instance().framesPainted();
-        QElapsedTimer clock;
-        clock.start();
-        for (double v = 0; clock.elapsed() < 500; ++v) {
-            m_busy.setValue(v);
-            QTest::qWait(1);
-        }
-        // 500 ms at 10 frames per second, and a first frame at once.
-        QVERIFY2(FrameClock::instance().framesPainted() - framesBefore <= 6,
-                 qPrintable(QString::number(FrameClock::instance().framesPainted() - framesBefore)));
-        QVERIFY(m_busy.paints <= 7);
-    }
-
     void aStoppedClockPaintsNothingAndLosesNothing()
     {
         FrameClock::instance().stop();
@@ -94,15 +78,6 @@ private Q_SLOTS:
         FrameClock::instance().start();
         QTRY_COMPARE(m_busy.paints, 1);
         QCOMPARE(m_busy.painted, 42.0);
-    }
-
-    void finishFrameLetsPixelTestsPaintAtOnce()
-    {
-        m_busy.setValue(7.0);
-        FrameClock::instance().finishFrame();
-        QCOMPARE(FrameClock::instance().pendingCount(), 0);
-        QCOMPARE(m_busy.grab().isNull(), false);
-        QCOMPARE(m_busy.painted, 7.0);
     }
 
     void aDestroyedWidgetLeavesTheClock()

@@ -47,25 +47,6 @@ private Q_SLOTS:
             QVERIFY(parsed.values.isEmpty() && parsed.line.isEmpty());
         }
     }
-
-    // The receive path parses every line into one reused result, updating its
-    // value map in place when the keys repeat. Each line must still give what it
-    // gives on its own, and a map a receiver kept must not change under it.
-    void reusedResultMatchesAFreshOne_data()
-    {
-        QTest::addColumn<QStringList>("lines");
-        QTest::newRow("same keys") << QStringList{"1 A=1 B=2 C=3", "2 A=4 B=5 C=6", "3 A=7 B=8 C=9"};
-        QTest::newRow("unsorted keys") << QStringList{"Z=1 A=2 M=3", "Z=4 A=5 M=6"};
-        QTest::newRow("same keys, other order") << QStringList{"A=1 B=2", "B=3 A=4", "A=5 B=6"};
-        QTest::newRow("repeated key") << QStringList{"A=1 A=2 B=0", "A=3 A=4 B=0", "A=5 B=1 A=6"};
-        QTest::newRow("a key goes missing") << QStringList{"A=1 B=2", "A=3", "A=4 B=5"};
-        QTest::newRow("a value fails to parse") << QStringList{"A=1 B=2", "A=3 B=x", "A=4 B=5"};
-        QTest::newRow("no values between") << QStringList{"A=1", "hello", "A=2", "7", "A=3"};
-        QTest::newRow("longer and shorter keys") << QStringList{"AB=1 A=2", "A=3 AB=4", "ABC=5 A=6"};
-        QTest::newRow("events and words do not linger") << QStringList{"9 A=1 ST_G=S ERR=E word", "B=2"};
-    }
-
-    void reusedResultMatchesAFreshOne();
 };
 
 void tst_LineParser::grammar_data()
@@ -94,22 +75,6 @@ void tst_LineParser::grammar_data()
     // \s knows only ASCII white space: a no-break space stays inside its
     // token, but keys and values are trimmed of it.
     QTest::newRow("no-break space") << QStringLiteral("A=1\u00a0B=2 C=\u00a03 D\u00a0=4") << "7.25||C=3,D=4|";
-}
-
-void tst_LineParser::reusedResultMatchesAFreshOne()
-{
-    QFETCH(QStringList, lines);
-    ParsedLine reused;
-    QList<QMap<QString, double>> kept, expected;
-    for (const QString &line : lines) {
-        ParsedLine fresh;
-        QVERIFY(LineParser::parse(line, 3.0, fresh));
-        QVERIFY(LineParser::parse(line, 3.0, reused));
-        QCOMPARE(describe(reused), describe(fresh));
-        kept.append(reused.values);
-        expected.append(fresh.values);
-    }
-    QCOMPARE(kept, expected);
 }
 
 QTEST_GUILESS_MAIN(tst_LineParser)

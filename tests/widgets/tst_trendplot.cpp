@@ -186,19 +186,6 @@ private Q_SLOTS:
         QVERIFY(columnOf(image, line, QRect(area.left() + 1, area.top(), 3, area.height())) < 0);
     }
 
-    void lineOfAnOldSampleCrossesTheWholeWindow()
-    {
-        TrendPlotWidget plot;
-        playback(plot, {QStringLiteral("A"), QStringLiteral("B")});
-        feed(plot, QStringLiteral("A:0=5 B:0=4 B:15000=6 B:25000=4"));
-        QCOMPARE(stored(plot, QStringLiteral("A")), QStringLiteral("0:5"));
-        const QRect area = plot.plotRect();
-        const QImage image = render(plot);
-        const QColor line(0, 114, 178);
-        QVERIFY(columnOf(image, line, QRect(area.left() + 1, area.top(), 3, area.height())) >= 0);
-        QVERIFY(columnOf(image, line, QRect(area.right() - 3, area.top(), 3, area.height())) >= 0);
-    }
-
     void trimmingKeepsOneSampleBeforeTheWindow()
     {
         TrendPlotWidget plot;
@@ -237,23 +224,6 @@ private Q_SLOTS:
             series->isEmpty() ? QString() : QStringLiteral("%1 %2").arg(series->front().tMs).arg(series->back().tMs);
         QTEST(firstAndLast, "firstAndLast");
         QCOMPARE(plot.nowMs(), seekMs); // the window ends at the new position
-    }
-
-    void seriesKnowsWhenItIsOutOfTimeOrder()
-    {
-        TrendSeries series;
-        for (qint64 t : {0, 10, 5, 20})
-            series.append({t, double(t)});
-        QVERIFY(!series.isTimeOrdered());
-        QCOMPARE(series.lastAtOrBefore(7), 2); // the newest stored one, not the latest in time
-        series.trimBefore(15); // takes the pair stored out of order with it
-        QVERIFY(series.isTimeOrdered());
-        QCOMPARE(series.lowerBound(6), 1);
-        series.append({19, 0.0});
-        QVERIFY(!series.isTimeOrdered());
-        series.dropAfter(10); // takes it with it again
-        QVERIFY(series.isTimeOrdered());
-        QCOMPARE(series.size(), 1);
     }
 
     void seriesExtremesAgreeWithEverySampleAfterTrimmingAndDropping()
@@ -358,18 +328,6 @@ private Q_SLOTS:
         QTest::qWait(timeDriven ? 0 : 300);
         feed(plot, QStringLiteral("A"), 12500, 2.0);
         QTEST(columnOf(render(plot), color, area) - before, "moved");
-    }
-
-    void degeneratePlotAreaIsHarmless()
-    {
-        TrendPlotWidget plot;
-        plot.loadConfig(QJsonObject{{"leftAxis", 600}});
-        plot.resize(400, 240);
-        plot.setSignalNames({QStringLiteral("A")});
-        plot.setValueForSignal(QStringLiteral("A"), 1.0);
-        QTest::mousePress(&plot, Qt::LeftButton, Qt::AltModifier, QPoint(200, 120));
-        QVERIFY(plot.markers().isEmpty()); // no plot area to press in
-        render(plot);
     }
 
     void altShiftLeftOpensTheLabelEditor()
@@ -499,16 +457,6 @@ private Q_SLOTS:
         QEvent leave(QEvent::Leave);
         QApplication::sendEvent(&plot, &leave);
         QCOMPARE(plot.hoverReadout(), QStringList());
-    }
-
-    void tickLabelsShowRecordingTimeInPlayback()
-    {
-        TrendPlotWidget plot;
-        playback(plot, {QStringLiteral("A")});
-        feed(plot, QStringLiteral("A"), 12500, 1.0);
-        QCOMPARE(plot.tickLabel(0.0) + QLatin1Char(' ') + plot.tickLabel(1.0), QStringLiteral("2.500s 12.500s"));
-        plot.setTimeDriven(false);
-        QCOMPARE(plot.tickLabel(0.0) + QLatin1Char(' ') + plot.tickLabel(1.0), QStringLiteral("-10.000s 0.000s"));
     }
 
     void markersRoundTripThroughTheConfig()

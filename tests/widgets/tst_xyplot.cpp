@@ -87,6 +87,16 @@ private Q_SLOTS:
         QTEST(history(plot), "points");
     }
 
+    // The part of a name before its first ":" is compared as it stands.
+    void nameWithASpaceBeforeTheColonIsAnotherSignal()
+    {
+        XYPlotWidget plot;
+        plot.loadConfig(speedAgainstTorque());
+        plot.setValueForSignalAt(QStringLiteral("SPEED :rpm"), 1.0, 0.0);
+        plot.setValueForSignalAt(QStringLiteral("TORQUE"), 5.0, 0.0);
+        QCOMPARE(history(plot), QString());
+    }
+
     void ringBufferKeepsTheNewestPoints()
     {
         XYPlotWidget plot;

@@ -33,12 +33,13 @@ const QColor PointColor(0, 114, 178);
 const QColor NewestColor(213, 94, 0);
 const QColor TextColor(50, 50, 50);
 
-// "SPEED:rpm" and "SPEED" name the same signal, on either side.
+// "SPEED:rpm" reaches a plot of SPEED. The part before the colon is taken
+// as it stands: "SPEED :rpm" names another signal.
 bool namesSignal(const QString &name, const QString &bound)
 {
     if (bound.isEmpty())
         return false;
-    return name == bound || PlotInput::routedName(name) == PlotInput::routedName(bound);
+    return name == bound || QStringView(name).left(name.indexOf(QLatin1Char(':'))) == bound;
 }
 
 // A range that can be mapped: a degenerate or reversed one becomes +-1 around its start.

@@ -5,12 +5,9 @@
 #include "DashboardWidgetFactory.h"
 #include "DesignScene.h"
 #include "IPlaybackPlot.h"
-#include "WidgetView.h"
+#include "LayoutFormat.h"
 
 #include <QDebug>
-#include <QEvent>
-#include <QGraphicsView>
-#include <QtMath>
 
 #include <algorithm>
 #include <cmath>
@@ -18,8 +15,7 @@
 
 namespace {
 
-constexpr qreal kGrid = 10.0;
-constexpr qreal kGap = 20.0;
+constexpr qreal kGap = 2 * LayoutFormat::GridSize;
 // Below this a new item is no longer searched a place for.
 constexpr qreal kSearchDepth = 100000.0;
 
@@ -47,58 +43,15 @@ std::optional<qreal> freeX(const QList<QRectF> &across, qreal itemWidth, qreal w
 
 } // namespace
 
-Dashboard::Dashboard(QWidget *viewParent)
-    : QObject(viewParent)
+Dashboard::Dashboard(QObject *parent)
+    : QObject(parent)
     , m_scene(new DesignScene(this))
-    , m_view(new WidgetView(m_scene, viewParent))
 {
-    m_view->setObjectName(QStringLiteral("dashboardView"));
-    m_view->viewport()->installEventFilter(this);
-    updateSceneRect();
-}
-
-bool Dashboard::eventFilter(QObject *watched, QEvent *event)
-{
-    if (watched == m_view->viewport() && event->type() == QEvent::Resize)
-        updateSceneRect();
-    return QObject::eventFilter(watched, event);
-}
-
-void Dashboard::setZoom(double zoom)
-{
-    // Steps of 1.25 from 1 land back on 1 only up to rounding.
-    zoom = qBound(MinZoom, zoom, MaxZoom);
-    m_zoom = qFuzzyCompare(zoom, 1.0) ? 1.0 : zoom;
-    m_view->setTransform(QTransform::fromScale(m_zoom, m_zoom));
-    updateSceneRect();
-}
-
-void Dashboard::updateSceneRect()
-{
-    QRectF rect(QPointF(0, 0), QSizeF(m_view->viewport()->size()) / m_zoom);
-    if (m_zoom > 1.0)
-        rect = rect.united(QRectF(QPointF(0, 0), m_scene->itemsBoundingRect().bottomRight()));
-    m_scene->setSceneRect(rect);
 }
 
 QList<DashboardItem *> Dashboard::items() const
 {
-    return topLevelItems(m_scene);
-}
-
-QList<DashboardItem *> Dashboard::topLevelItems(const QGraphicsScene *scene)
-{
-    QList<DashboardItem *> result;
-    if (!scene)
-        return result;
-    const QList<QGraphicsItem *> items = scene->items();
-    for (QGraphicsItem *item : items) {
-        if (item->parentItem())
-            continue;
-        if (auto *dashboardItem = qgraphicsitem_cast<DashboardItem *>(item))
-            result.append(dashboardItem);
-    }
-    return result;
+    return m_scene->dashboardItems();
 }
 
 QList<DashboardWidget *> Dashboard::widgets() const
@@ -137,7 +90,8 @@ QPointF Dashboard::freePosition(const QSizeF &size) const
 {
     QList<QRectF> taken;
     for (DashboardItem *item : items())
-        taken.append(item->sceneBoundingRect().adjusted(-kGrid, -kGrid, kGrid, kGrid));
+        taken.append(item->sceneBoundingRect().adjusted(-LayoutFormat::GridSize, -LayoutFormat::GridSize,
+                                                        LayoutFormat::GridSize, LayoutFormat::GridSize));
     const qreal width = qMax(m_scene->sceneRect().width(), size.width() + 2 * kGap);
     // Row by row over the visible width, then further down.
     for (qreal y = kGap; y <= kSearchDepth;) {
@@ -204,6 +158,14 @@ double Dashboard::largestTrendWindowMs() const
     for (IPlaybackPlot *plot : plots())
         largest = qMax(largest, plot->timeWindowMs());
     return double(largest);
+}
+
+double Dashboard::previewWindowSeconds(double largestWindowMs)
+{
+    constexpr double DefaultWindowMs = 10000.0;
+    constexpr double MaxWindowMs = 30000.0;
+    const double ms = largestWindowMs > 0.0 ? std::min(largestWindowMs, MaxWindowMs) : DefaultWindowMs;
+    return std::clamp(ms / 1000.0, 0.1, 60.0);
 }
 
 void Dashboard::updateWidgets()

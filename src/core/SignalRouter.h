@@ -13,11 +13,11 @@
 
 class DashboardWidget;
 class DesignScene;
-class ErrorConsoleWidget;
+class IErrorConsumer;
+class IMessageConsumer;
 class IPlaybackPlot;
+class IStateConsumer;
 class ITimeStampedConsumer;
-class MessagesConsoleWidget;
-class StateIndicatorWidget;
 
 /**
  * Fans live and played-back data out to the widgets on a scene.
@@ -33,7 +33,9 @@ class StateIndicatorWidget;
  * state indicator's group is read at delivery time and needs no rebuild.)
  *
  * Time-stamped values reach plots through ITimeStampedConsumer; plots get a
- * whole frame between one beginBatch() and one endBatch().
+ * whole frame between one beginBatch() and one endBatch(). States, errors
+ * and messages reach the widgets that take them through IStateConsumer,
+ * IErrorConsumer and IMessageConsumer.
  *
  * Lines that arrive in one read form a burst (beginBurst() .. endBurst()):
  * plots still get every value at once, since they draw its history, but a
@@ -92,9 +94,6 @@ public:
     QList<DashboardWidget *> dashboardWidgets() const;
     /// Widgets bound to `name` (cached index).
     QList<DashboardWidget *> widgetsForSignal(const QString &name);
-    QList<StateIndicatorWidget *> stateIndicators();
-    QList<ErrorConsoleWidget *> errorConsoles();
-    QList<MessagesConsoleWidget *> messagesConsoles();
 
     /// The bound name as routing compares it: cut at the first ':' and trimmed.
     static QString routingName(const QString &boundName);
@@ -107,6 +106,19 @@ private:
         IPlaybackPlot *plot = nullptr;
         int heldSlot = -1; // a value widget's place in m_held
     };
+    // A widget that takes states, errors or messages, as the interface it
+    // implements; the pointer is only used while the widget lives.
+    template<typename Consumer>
+    struct EventTarget
+    {
+        QPointer<DashboardWidget> widget;
+        Consumer *consumer = nullptr;
+    };
+    template<typename Consumer>
+    using EventTargets = QList<EventTarget<Consumer>>;
+    template<typename Consumer>
+    static QList<Consumer *> alive(const EventTargets<Consumer> &targets);
+
     // The last value of one signal for one value widget during a burst.
     struct Held
     {
@@ -133,9 +145,9 @@ private:
     QList<int> m_holding;            // slots of m_held with a value, in order
     QList<IPlaybackPlot *> m_batch;  // plots inside routeValues(), reused
     QHash<QString, QList<Target>> m_bySignal;
-    QList<QPointer<StateIndicatorWidget>> m_stateIndicators;
-    QList<QPointer<ErrorConsoleWidget>> m_errorConsoles;
-    QList<QPointer<MessagesConsoleWidget>> m_messagesConsoles;
+    EventTargets<IStateConsumer> m_stateConsumers;
+    EventTargets<IErrorConsumer> m_errorConsumers;
+    EventTargets<IMessageConsumer> m_messageConsumers;
     // First mapping per name, as SignalDefinitions::mappingFor() answers.
     mutable QHash<QString, SignalMapping> m_mappings;
     mutable const SignalMapping *m_mappingsSource = nullptr;

@@ -106,23 +106,6 @@ private Q_SLOTS:
         QVERIFY(QApplication::topLevelWidgets().isEmpty());
     }
 
-    void mappedValueReachesGaugeAndDisplay()
-    {
-        auto *gauge = add(new AnalogGaugeWidget, {QStringLiteral("RPM")});
-        auto *display = add(new DigitalDisplayWidget, {QStringLiteral("RPM")});
-        auto *temperature = add(new DigitalDisplayWidget, {QStringLiteral("TEMP")});
-
-        // The first mapping line wins: 100 * 0.5 + 10.
-        m_router->routeValue(QStringLiteral("RPM"), 100.0, 1.0);
-        QCOMPARE(gauge->value(), 60.0);
-        QCOMPARE(display->valueText(), QStringLiteral("60.0"));
-        QCOMPARE(temperature->valueText(), QStringLiteral("0"));
-
-        m_router->routeValues({{QStringLiteral("RPM"), 20.0}, {QStringLiteral("TEMP"), 65.0}}, 2.0);
-        QCOMPARE(gauge->value(), 20.0);
-        QCOMPARE(temperature->valueText(), QStringLiteral("25.0"));
-    }
-
     void boundNameIsCutAtTheFirstColon_data()
     {
         QTest::addColumn<QString>("bound");

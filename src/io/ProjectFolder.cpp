@@ -1,7 +1,6 @@
-#include "ProjectTemplates.h"
+#include "ProjectFolder.h"
 
 #include "FileErrors.h"
-#include "Project.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -10,7 +9,36 @@
 #include <QFileInfo>
 #include <QStandardPaths>
 
-QByteArray ProjectTemplates::starterDefinitions()
+QStringList ProjectFolder::subfolderNames()
+{
+    return {QStringLiteral("recordings"), QStringLiteral("layouts"), QStringLiteral("exports")};
+}
+
+bool ProjectFolder::isValid(const QString &dir)
+{
+    return !dir.isEmpty() && QFileInfo::exists(definitionsPath(dir));
+}
+
+QString ProjectFolder::definitionsPath(const QString &dir)
+{
+    return QDir(dir).filePath(DefinitionFileName);
+}
+
+void ProjectFolder::ensureSubfolders(const QString &dir)
+{
+    const QDir project(dir);
+    for (const QString &name : subfolderNames())
+        project.mkpath(name);
+}
+
+QString ProjectFolder::subfolder(const QString &dir, const QString &name)
+{
+    const QString folder = QDir(dir).filePath(name);
+    QDir(folder).mkpath(QStringLiteral("."));
+    return folder;
+}
+
+QByteArray ProjectFolder::starterDefinitions()
 {
     return QByteArrayLiteral(
         "// dashboard_signals.def: what your device sends, one declaration per line.\n"
@@ -39,13 +67,13 @@ QByteArray ProjectTemplates::starterDefinitions()
         "DASHBOARD_ERROR(E_DRY, 1, \"Pump running dry\")\n");
 }
 
-bool ProjectTemplates::writeStarter(const QString &dir, QString *error)
+bool ProjectFolder::writeStarter(const QString &dir, QString *error)
 {
     if (!QDir().mkpath(dir)) {
-        *error = FileErrors::describe(dir, QCoreApplication::translate("ProjectTemplates", "cannot create the folder"));
+        *error = FileErrors::describe(dir, QCoreApplication::translate("ProjectFolder", "cannot create the folder"));
         return false;
     }
-    const QString path = QDir(dir).filePath(Project::DefinitionFileName);
+    const QString path = definitionsPath(dir);
     if (QFileInfo::exists(path))
         return true;
     QFile file(path);
@@ -56,7 +84,7 @@ bool ProjectTemplates::writeStarter(const QString &dir, QString *error)
     return true;
 }
 
-QString ProjectTemplates::demoFolder()
+QString ProjectFolder::demoFolder()
 {
     QStringList candidates{QCoreApplication::applicationDirPath() + QStringLiteral("/../share/ombrix/demo")};
     candidates += QStandardPaths::locateAll(QStandardPaths::GenericDataLocation, QStringLiteral("ombrix/demo"),
@@ -65,18 +93,18 @@ QString ProjectTemplates::demoFolder()
     candidates.append(QStringLiteral(OMBRIX_DEMO_SOURCE_DIR));
 #endif
     for (const QString &candidate : candidates) {
-        if (Project::isValidProjectDir(candidate))
+        if (isValid(candidate))
             return QDir(candidate).absolutePath();
     }
     return QString();
 }
 
-QString ProjectTemplates::demoCopyFolder()
+QString ProjectFolder::demoCopyFolder()
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/Ombrix/demo");
 }
 
-bool ProjectTemplates::copyFolder(const QString &from, const QString &to, QString *error)
+bool ProjectFolder::copyFolder(const QString &from, const QString &to, QString *error)
 {
     const QDir source(from);
     QDirIterator files(from, QDir::Files, QDirIterator::Subdirectories);

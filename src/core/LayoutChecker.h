@@ -30,9 +30,6 @@ public:
     // (Type)", counted from 1 in the order of the "items" array.
     QStringList check(const QByteArray &json);
 
-    // Sizes beyond this are mistakes rather than large dashboards.
-    static constexpr double MaxSize = 100000.0;
-
 private:
     void checkTopLevel(const QJsonObject &root);
     void checkItem(int number, const QJsonValue &value);
@@ -40,7 +37,7 @@ private:
     void checkRecordKeys(const QJsonObject &record);
     void checkSignalsKey(const QJsonValue &value);
     void checkPosition(const QString &key, const QJsonValue &value);
-    bool checkSizeValue(const QString &key, const QJsonValue &value);
+    bool checkSizeType(const QString &key, const QJsonValue &value);
     void checkSize(const QString &key, const QJsonValue &value, double read, int minimum);
     void checkConfig(const QJsonValue &written, const QJsonObject &read);
     void checkBindings(const DashboardItem &item);

@@ -9,9 +9,9 @@
  * project's definitions, the layout's items and, when a recording is given,
  * the moment `atSeconds` of it, reached as the slider would (the values,
  * states, errors and messages in force, the plots filled with the history
- * before it). Runs a real window without showing it on any screen; the
- * application must be a QApplication (on the offscreen platform for
- * unattended use).
+ * before it). Builds a DashboardCore of its own: no window, no settings, no
+ * file written. The application must be a QApplication (on the offscreen
+ * platform for unattended use).
  */
 class DashboardSnapshot
 {

@@ -1,32 +1,27 @@
 #include "SignalRouter.h"
 
-#include "Dashboard.h"
 #include "DashboardItem.h"
 #include "DashboardWidget.h"
 #include "DesignScene.h"
-#include "ErrorConsoleWidget.h"
+#include "IErrorConsumer.h"
+#include "IMessageConsumer.h"
 #include "IPlaybackPlot.h"
+#include "IStateConsumer.h"
 #include "ITimeStampedConsumer.h"
-#include "MessagesConsoleWidget.h"
-#include "StateIndicatorWidget.h"
 
 #include <QSet>
 
-namespace {
-
-template<typename W>
-QList<W *> alive(const QList<QPointer<W>> &pointers)
+template<typename Consumer>
+QList<Consumer *> SignalRouter::alive(const EventTargets<Consumer> &targets)
 {
-    QList<W *> result;
-    result.reserve(pointers.size());
-    for (const QPointer<W> &pointer : pointers) {
-        if (pointer)
-            result.append(pointer.data());
+    QList<Consumer *> result;
+    result.reserve(targets.size());
+    for (const EventTarget<Consumer> &target : targets) {
+        if (target.widget)
+            result.append(target.consumer);
     }
     return result;
 }
-
-} // namespace
 
 SignalRouter::SignalRouter(DesignScene *scene, QObject *parent)
     : QObject(parent)
@@ -170,9 +165,9 @@ void SignalRouter::routeState(const QString &groupId, const QString &stateId, co
 {
     ensureIndex();
     const QString shown = stateLabel(groupId, stateId, label);
-    for (StateIndicatorWidget *indicator : alive(m_stateIndicators)) {
-        if (indicator->groupId() == groupId)
-            indicator->setState(stateId, shown);
+    for (IStateConsumer *consumer : alive(m_stateConsumers)) {
+        if (consumer->groupId() == groupId)
+            consumer->setState(stateId, shown);
     }
 }
 
@@ -180,33 +175,35 @@ void SignalRouter::routeError(double tSec, const QString &errorId)
 {
     ensureIndex();
     const QString text = errorText(errorId);
-    for (ErrorConsoleWidget *console : alive(m_errorConsoles))
-        console->appendError(tSec, errorId, text);
+    for (IErrorConsumer *consumer : alive(m_errorConsumers))
+        consumer->appendError(tSec, errorId, text);
 }
 
 void SignalRouter::routeMessage(double tSec, const QString &text)
 {
     ensureIndex();
-    for (MessagesConsoleWidget *console : alive(m_messagesConsoles))
-        console->appendMessage(tSec, text);
+    for (IMessageConsumer *consumer : alive(m_messageConsumers))
+        consumer->appendMessage(tSec, text);
 }
 
 void SignalRouter::clearErrors()
 {
-    for (ErrorConsoleWidget *console : errorConsoles())
-        console->clear();
+    ensureIndex();
+    for (IErrorConsumer *consumer : alive(m_errorConsumers))
+        consumer->clearErrors();
 }
 
 void SignalRouter::clearMessages()
 {
-    for (MessagesConsoleWidget *console : messagesConsoles())
-        console->clear();
+    ensureIndex();
+    for (IMessageConsumer *consumer : alive(m_messageConsumers))
+        consumer->clearMessages();
 }
 
 QList<DashboardWidget *> SignalRouter::dashboardWidgets() const
 {
     QList<DashboardWidget *> widgets;
-    for (DashboardItem *item : Dashboard::topLevelItems(m_scene)) {
+    for (DashboardItem *item : DesignScene::dashboardItemsOf(m_scene)) {
         if (DashboardWidget *widget = item->dashboardWidget())
             widgets.append(widget);
     }
@@ -222,24 +219,6 @@ QList<DashboardWidget *> SignalRouter::widgetsForSignal(const QString &name)
             widgets.append(target.widget.data());
     }
     return widgets;
-}
-
-QList<StateIndicatorWidget *> SignalRouter::stateIndicators()
-{
-    ensureIndex();
-    return alive(m_stateIndicators);
-}
-
-QList<ErrorConsoleWidget *> SignalRouter::errorConsoles()
-{
-    ensureIndex();
-    return alive(m_errorConsoles);
-}
-
-QList<MessagesConsoleWidget *> SignalRouter::messagesConsoles()
-{
-    ensureIndex();
-    return alive(m_messagesConsoles);
 }
 
 void SignalRouter::ensureIndex()
@@ -263,18 +242,18 @@ void SignalRouter::rebuildIndex()
     m_bySignal.clear();
     m_held.clear();
     m_holding.clear();
-    m_stateIndicators.clear();
-    m_errorConsoles.clear();
-    m_messagesConsoles.clear();
+    m_stateConsumers.clear();
+    m_errorConsumers.clear();
+    m_messageConsumers.clear();
 
     const QList<DashboardWidget *> widgets = dashboardWidgets();
     for (DashboardWidget *widget : widgets) {
-        if (auto *indicator = qobject_cast<StateIndicatorWidget *>(widget))
-            m_stateIndicators.append(indicator);
-        else if (auto *errors = qobject_cast<ErrorConsoleWidget *>(widget))
-            m_errorConsoles.append(errors);
-        else if (auto *messages = qobject_cast<MessagesConsoleWidget *>(widget))
-            m_messagesConsoles.append(messages);
+        if (auto *states = dynamic_cast<IStateConsumer *>(widget))
+            m_stateConsumers.append({widget, states});
+        if (auto *errors = dynamic_cast<IErrorConsumer *>(widget))
+            m_errorConsumers.append({widget, errors});
+        if (auto *messages = dynamic_cast<IMessageConsumer *>(widget))
+            m_messageConsumers.append({widget, messages});
 
         watch(widget);
         auto *consumer = dynamic_cast<ITimeStampedConsumer *>(widget);

@@ -1,51 +1,20 @@
 #include "LayoutFile.h"
 
-#include "Dashboard.h"
 #include "DashboardItem.h"
+#include "DesignScene.h"
+#include "LayoutFormat.h"
 
 #include <QDir>
 #include <QFile>
-#include <QGraphicsScene>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QMainWindow>
 #include <QSaveFile>
 
 #include <algorithm>
 
 namespace {
 
-const QLatin1String ItemsKey("items");
-const QLatin1String TypeKey("type");
-const QLatin1String GeometryKey("windowGeometry");
-const QLatin1String StateKey("windowState");
-const QLatin1String MaximizedKey("isMaximized");
-const QLatin1String FullScreenKey("isFullScreen");
-
-QString toBase64(const QByteArray &bytes)
-{
-    return QString::fromLatin1(bytes.toBase64());
-}
-
-QByteArray fromBase64(const QJsonValue &value)
-{
-    return QByteArray::fromBase64(value.toString().toLatin1());
-}
-
-void restoreWindow(QMainWindow *window, const QJsonObject &root)
-{
-    const QByteArray geometry = fromBase64(root.value(GeometryKey));
-    if (!geometry.isEmpty())
-        window->restoreGeometry(geometry);
-    const QByteArray state = fromBase64(root.value(StateKey));
-    if (!state.isEmpty())
-        window->restoreState(state, 0);
-
-    if (root.value(FullScreenKey).toBool())
-        window->showFullScreen();
-    else if (root.value(MaximizedKey).toBool())
-        window->showMaximized();
-}
+using namespace LayoutFormat;
 
 // A record meant for a widget, as opposed to a damaged element: worth
 // keeping when this version has no such widget.
@@ -56,10 +25,12 @@ bool namesWidgetType(const QJsonValue &value)
 
 } // namespace
 
-LayoutFile::LayoutFile(QGraphicsScene *scene, QMainWindow *window)
+LayoutFile::LayoutFile(DesignScene *scene)
     : m_scene(scene)
-    , m_window(window)
 {
+    m_releaseRemoved.setSingleShot(true);
+    m_releaseRemoved.setInterval(0);
+    QObject::connect(&m_releaseRemoved, &QTimer::timeout, [this] { m_removed.clear(); });
 }
 
 LayoutFile::~LayoutFile() = default;
@@ -70,7 +41,7 @@ LayoutFile::Result LayoutFile::fail(Result result, const QString &path, const QS
     return result;
 }
 
-LayoutFile::Result LayoutFile::save(const QString &path)
+LayoutFile::Result LayoutFile::save(const QString &path, const QJsonObject &topLevel)
 {
     QJsonArray items;
     const QList<QGraphicsItem *> sceneItems = m_scene->items();
@@ -82,14 +53,8 @@ LayoutFile::Result LayoutFile::save(const QString &path)
     for (const KeptRecord &kept : std::as_const(m_kept))
         items.insert(std::min(kept.index, items.size()), kept.record);
 
-    QJsonObject root;
+    QJsonObject root = topLevel;
     root.insert(ItemsKey, items);
-    if (m_window) {
-        root.insert(GeometryKey, toBase64(m_window->saveGeometry()));
-        root.insert(StateKey, toBase64(m_window->saveState(0)));
-        root.insert(MaximizedKey, m_window->isMaximized());
-        root.insert(FullScreenKey, m_window->isFullScreen());
-    }
 
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
@@ -125,9 +90,7 @@ LayoutFile::Result LayoutFile::loadFromBytes(const QByteArray &json, const QStri
         return Result::Cancelled;
     replaceItems(built, designMode);
     m_kept = kept;
-
-    if (m_window)
-        restoreWindow(m_window, root);
+    m_topLevel = root;
     m_scene->update(QRectF());
     return Result::Ok;
 }
@@ -151,11 +114,13 @@ bool LayoutFile::buildItems(const QJsonArray &records, const Progress &progress,
 
 void LayoutFile::replaceItems(ItemList &built, bool designMode)
 {
-    const QList<DashboardItem *> oldItems = Dashboard::topLevelItems(m_scene);
+    const QList<DashboardItem *> oldItems = m_scene->dashboardItems();
     for (DashboardItem *item : oldItems) {
         m_scene->removeItem(item);
         m_removed.emplace_back(item);
     }
+    if (!m_removed.empty())
+        m_releaseRemoved.start();
     for (std::unique_ptr<DashboardItem> &item : built) {
         DashboardItem *added = item.release();
         m_scene->addItem(added);

@@ -5,34 +5,26 @@
 #include <QPointF>
 #include <QSizeF>
 
-QT_BEGIN_NAMESPACE
-class QGraphicsScene;
-class QGraphicsView;
-class QWidget;
-QT_END_NAMESPACE
-
 class DashboardItem;
 class DashboardWidget;
 class DesignScene;
 class IPlaybackPlot;
 
-// The design surface of the main window: the scene, its view, and the
-// operations the window applies to all items at once (design mode, plot
-// clearing and freezing, redrawing after a catalogue change). The scene
-// rectangle follows the view's viewport.
+// The dashboard without a window: the design scene and the operations
+// applied to all its items at once (design mode, plot clearing and
+// freezing, redrawing after a catalogue change). Whoever shows it gives the
+// scene a view.
 class Dashboard : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit Dashboard(QWidget *viewParent);
+    explicit Dashboard(QObject *parent = nullptr);
 
     DesignScene *scene() const { return m_scene; }
-    QGraphicsView *view() const { return m_view; }
 
     // Top-level DashboardItems in scene order.
     QList<DashboardItem *> items() const;
-    static QList<DashboardItem *> topLevelItems(const QGraphicsScene *scene);
     QList<DashboardWidget *> widgets() const;
 
     void setDesignMode(bool on);
@@ -54,28 +46,14 @@ public:
     void moveTrendPlotsTo(qint64 ms);
     // The largest time window (ms) among the plots; 0 when none.
     double largestTrendWindowMs() const;
+    // How much history a seek re-sends for plots of that largest window:
+    // 10 s when no plot has one, at most 30 s, within 0.1 .. 60 s.
+    static double previewWindowSeconds(double largestWindowMs);
+    double previewWindowSeconds() const { return previewWindowSeconds(largestTrendWindowMs()); }
     // Repaints every widget, e.g. after the catalogue changed.
     void updateWidgets();
 
-    // The view's magnification, MinZoom to MaxZoom; 1 shows the surface as laid out.
-    static constexpr double MinZoom = 0.25;
-    static constexpr double MaxZoom = 4.0;
-    static constexpr double ZoomStep = 1.25;
-    double zoom() const { return m_zoom; }
-    void setZoom(double zoom);
-    void zoomIn() { setZoom(m_zoom * ZoomStep); }
-    void zoomOut() { setZoom(m_zoom / ZoomStep); }
-
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
 private:
-    // The viewport's area in scene units; zoomed in, also every item, so
-    // that the scroll bars reach them.
-    void updateSceneRect();
-
     DesignScene *m_scene = nullptr;
-    QGraphicsView *m_view = nullptr;
     bool m_designMode = false;
-    double m_zoom = 1.0;
 };

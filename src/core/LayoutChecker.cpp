@@ -3,9 +3,10 @@
 #include "DashboardItem.h"
 #include "DashboardWidget.h"
 #include "DashboardWidgetFactory.h"
+#include "IStateConsumer.h"
+#include "LayoutFormat.h"
 #include "SignalDefinitions.h"
 #include "SignalRouter.h"
-#include "StateIndicatorWidget.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -16,12 +17,7 @@
 
 namespace {
 
-const QLatin1String ItemsKey("items");
-const QLatin1String TypeKey("type");
-const QLatin1String SignalsKey("signals");
-const QLatin1String ConfigKey("config");
-const QLatin1String WidthKey("width");
-const QLatin1String HeightKey("height");
+using namespace LayoutFormat;
 
 QString typeWord(const QJsonValue &value)
 {
@@ -121,8 +117,8 @@ QStringList LayoutChecker::check(const QByteArray &json)
 
 void LayoutChecker::checkTopLevel(const QJsonObject &root)
 {
-    static const QStringList windowKeys = {QStringLiteral("windowGeometry"), QStringLiteral("windowState")};
-    static const QStringList flagKeys = {QStringLiteral("isMaximized"), QStringLiteral("isFullScreen")};
+    static const QStringList windowKeys = {WindowGeometryKey, WindowStateKey};
+    static const QStringList flagKeys = {MaximizedKey, FullScreenKey};
     static const QStringList known = QStringList{ItemsKey} + windowKeys + flagKeys;
     for (auto it = root.constBegin(); it != root.constEnd(); ++it) {
         const QString key = it.key();
@@ -159,19 +155,13 @@ void LayoutChecker::checkItem(int number, const QJsonValue &value)
     if (known)
         m_prefix = QStringLiteral("item %1 (%2): ").arg(number).arg(record.value(TypeKey).toString());
     checkRecordKeys(record);
-    const bool widthRead = checkSizeValue(WidthKey, record.value(WidthKey));
-    const bool heightRead = checkSizeValue(HeightKey, record.value(HeightKey));
+    const bool widthRead = checkSizeType(WidthKey, record.value(WidthKey));
+    const bool heightRead = checkSizeType(HeightKey, record.value(HeightKey));
     if (!known)
         return;
 
-    // Built exactly as loading builds it; a size already reported as wrong
-    // stays out, so that it cannot make an absurdly large widget.
-    QJsonObject loadable = record;
-    if (!widthRead)
-        loadable.remove(WidthKey);
-    if (!heightRead)
-        loadable.remove(HeightKey);
-    const std::unique_ptr<DashboardItem> item(DashboardItem::fromJson(loadable));
+    // Built exactly as loading builds it.
+    const std::unique_ptr<DashboardItem> item(DashboardItem::fromJson(record));
     if (!item || !item->dashboardWidget())
         return;
     const QSize minimum = item->minimumSize();
@@ -201,8 +191,7 @@ bool LayoutChecker::checkType(const QJsonObject &record)
 
 void LayoutChecker::checkRecordKeys(const QJsonObject &record)
 {
-    static const QStringList known = {TypeKey,   SignalsKey, QStringLiteral("x"), QStringLiteral("y"),
-                                      WidthKey,  HeightKey,  ConfigKey,           QStringLiteral("z")};
+    static const QStringList known = {TypeKey, SignalsKey, XKey, YKey, WidthKey, HeightKey, ConfigKey, ZKey};
     const QStringList keys = record.keys();
     for (const QString &key : keys) {
         if (!known.contains(key))
@@ -210,7 +199,7 @@ void LayoutChecker::checkRecordKeys(const QJsonObject &record)
     }
     if (record.contains(SignalsKey))
         checkSignalsKey(record.value(SignalsKey));
-    for (const QString &key : {QStringLiteral("x"), QStringLiteral("y"), QStringLiteral("z")})
+    for (const QLatin1String key : {XKey, YKey, ZKey})
         checkPosition(key, record.value(key));
     const QJsonValue config = record.value(ConfigKey);
     if (!config.isUndefined() && !config.isObject())
@@ -239,25 +228,17 @@ void LayoutChecker::checkPosition(const QString &key, const QJsonValue &value)
         return;
     }
     const double written = value.toDouble();
-    if (std::abs(written) > DashboardItem::MaxExtent)
+    if (std::abs(written) > MaxExtent)
         add(QStringLiteral("\"%1\" %2 lies beyond %3 either way and is read as %4")
-                .arg(key, number(written), number(DashboardItem::MaxExtent),
-                     number(std::copysign(DashboardItem::MaxExtent, written))));
+                .arg(key, number(written), number(MaxExtent), number(std::copysign(MaxExtent, written))));
 }
 
-bool LayoutChecker::checkSizeValue(const QString &key, const QJsonValue &value)
+bool LayoutChecker::checkSizeType(const QString &key, const QJsonValue &value)
 {
-    if (value.isUndefined())
+    if (value.isUndefined() || value.isDouble())
         return true;
-    if (!value.isDouble()) {
-        add(QStringLiteral("\"%1\" is %2, not a number: it reads as 0, raised to the widget's minimum")
-                .arg(key, typeWord(value)));
-        return false;
-    }
-    const double written = value.toDouble();
-    if (written >= 0.0 && written <= MaxSize)
-        return true;
-    add(QStringLiteral("\"%1\" %2 is out of range (0 to %3)").arg(key, number(written), number(MaxSize)));
+    add(QStringLiteral("\"%1\" is %2, not a number: it reads as 0, raised to the widget's minimum")
+            .arg(key, typeWord(value)));
     return false;
 }
 
@@ -270,11 +251,15 @@ void LayoutChecker::checkSize(const QString &key, const QJsonValue &value, doubl
     const double written = value.toDouble();
     if (written == read)
         return;
-    if (written < minimum)
+    if (written > MaxSize)
+        add(QStringLiteral("\"%1\" %2 is over the limit of %3 and is cut down to it")
+                .arg(key, number(written), number(MaxSize)));
+    else if (!(written >= minimum))
         add(QStringLiteral("\"%1\" %2 is below the widget's minimum and is raised to %3")
                 .arg(key, number(written), number(read)));
     else
-        add(QStringLiteral("\"%1\" %2 is rounded up to %3, on the 10-unit grid").arg(key, number(written), number(read)));
+        add(QStringLiteral("\"%1\" %2 is rounded up to %3, on the %4-unit grid")
+                .arg(key, number(written), number(read), number(GridSize)));
 }
 
 void LayoutChecker::checkConfig(const QJsonValue &written, const QJsonObject &read)
@@ -318,8 +303,8 @@ void LayoutChecker::checkBindings(const DashboardItem &item)
                 : QStringLiteral("signal %1 (bound as \"%2\") is not declared in the project's definitions")
                       .arg(name, boundName));
     }
-    if (const auto *indicator = qobject_cast<const StateIndicatorWidget *>(widget)) {
-        const QString group = indicator->groupId();
+    if (const auto *states = dynamic_cast<const IStateConsumer *>(widget)) {
+        const QString group = states->groupId();
         if (!group.isEmpty() && !m_defs->stateGroupFor(group))
             add(QStringLiteral("state group %1 is not declared in the project's definitions").arg(group));
     }
