@@ -12,7 +12,10 @@ ombrix_build "$build" -DBUILD_TESTING=ON -DOMBRIX_BUILD_BENCHMARKS=OFF -DCMAKE_B
   -DCMAKE_CXX_FLAGS="--coverage" -DCMAKE_EXE_LINKER_FLAGS="--coverage"
 find "$build" -name '*.gcda' -delete
 (cd "$build" && ctest -j"$(nproc)" "$@")
-gcovr --root "$OMBRIX_ROOT" --object-directory "$build" \
+# The build folder as a search path, not --object-directory: objects that
+# ccache compiled with paths relative to their own build folder resolve only
+# when gcovr looks for the sources upwards from each data file.
+gcovr --root "$OMBRIX_ROOT" "$build" \
   --filter "$OMBRIX_ROOT/src/" --filter "$OMBRIX_ROOT/tools/" --exclude '.*/moc_.*' --exclude-directories '.*/CMakeFiles/[0-9.]+$' --print-summary -o /dev/null
 
 lines() { find "$@" \( -name '*.cpp' -o -name '*.h' \) -print0 | xargs -0 cat | grep -cv '^\s*$'; }
