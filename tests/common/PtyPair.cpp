@@ -1,7 +1,5 @@
 #include "PtyPair.h"
 
-#include <QCoreApplication>
-
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
@@ -45,24 +43,6 @@ bool PtyPair::write(const QByteArray &bytes)
         done += n;
     }
     return true;
-}
-
-bool PtyPair::writeLarge(const QByteArray &bytes)
-{
-    const int flags = ::fcntl(m_master, F_GETFL);
-    ::fcntl(m_master, F_SETFL, flags | O_NONBLOCK);
-    bool ok = true;
-    for (qsizetype done = 0; ok && done < bytes.size();) {
-        const ssize_t n = ::write(m_master, bytes.constData() + done, size_t(qMin<qsizetype>(bytes.size() - done, 65536)));
-        if (n > 0)
-            done += n;
-        else if (n < 0 && errno != EAGAIN && errno != EINTR)
-            ok = false;
-        else
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-    }
-    ::fcntl(m_master, F_SETFL, flags);
-    return ok;
 }
 
 QByteArray PtyPair::read(int timeoutMs)

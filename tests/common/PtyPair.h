@@ -19,10 +19,6 @@ public:
 
     // Writes all bytes to the master side; false on error.
     bool write(const QByteArray &bytes);
-    // Same for more than the terminal takes at once (it holds a few
-    // kilobytes): runs the event loop meanwhile, so that a reader in this
-    // process drains it.
-    bool writeLarge(const QByteArray &bytes);
     // Reads what the slave side wrote, waiting up to timeoutMs for the first byte.
     QByteArray read(int timeoutMs = 1000);
     // Closes the master: the slave side sees a hang-up, like a pulled cable.

@@ -2,7 +2,6 @@
 #include "SerialManager.h"
 
 #include <QFile>
-#include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -26,8 +25,6 @@ public:
             add(u"values " + pairs.join(u','), t);
         });
         connect(m, &SerialManager::unrecognizedParsed, this, [this](double t, const QString &text) { add(u"words " + text, t); });
-        connect(m, &SerialManager::overlongLineDropped, this,
-                [this](double t, qint64 maxBytes) { add(u"overlong " + QString::number(maxBytes), t); });
     }
 
     // The entries of one kind ("raw", "values", ...) without their prefix.
@@ -208,32 +205,17 @@ void tst_SerialManager::portFailuresAreReported()
 void tst_SerialManager::badInput_data()
 {
     QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QStringList>("values"); // empty: only "A=1" must come through
+    QTest::addColumn<QStringList>("values");
     QTest::addColumn<QStringList>("words");
-    QTest::addColumn<int>("overlong"); // reports of a dropped overlong line
 
+    // Long lines and binary garbage over a real port are the recorder's tests.
     const QString replacement(QChar::ReplacementCharacter);
     QTest::newRow("invalid UTF-8") << QByteArray("A=1 \xff\xfe B=2 caf\xc3\xa9\n") << QStringList{"A=1,B=2"}
-                                   << QStringList{replacement + replacement + QStringLiteral(" caf\u00e9")} << 0;
+                                   << QStringList{replacement + replacement + QStringLiteral(" caf\u00e9")};
     QTest::newRow("NUL bytes") << QByteArray("\0\0 A=1 B=\0\n", 11) << QStringList{"A=1"}
-                               << QStringList{QString(2, QChar(0))} << 0;
+                               << QStringList{QString(2, QChar(0))};
     QTest::newRow("control characters") << QByteArray("\x01\x1b[2J A=1\n") << QStringList{"A=1"}
-                                        << QStringList{QStringLiteral("\x01\x1b[2J")} << 0;
-    const QByteArray filler(1 << 20, 'x');
-    QTest::newRow("megabyte line") << "A=1 " + filler + " B=2\nC=3\n" << QStringList{"A=1,B=2", "C=3"}
-                                   << QStringList{QString::fromLatin1(filler)} << 0;
-    const QByteArray endless = QByteArray("A=1 B=2 ").repeated(100000);
-    QTest::newRow("no line feed for 800 kB") << endless + "C=3\nD=4\n" << QStringList{"A=1,B=2,C=3", "D=4"}
-                                             << QStringList() << 0;
-    // Kept until the next line feed, such a line would take all the memory.
-    const QByteArray tenMegabytes(10 << 20, 'x');
-    QTest::newRow("no line feed for 10 MB") << "A=1\n" + tenMegabytes + "\nB=2\n" << QStringList{"A=1", "B=2"}
-                                            << QStringList() << 1;
-    QByteArray garbage;
-    QRandomGenerator random(99);
-    for (int i = 0; i < 200000; ++i)
-        garbage.append(char(random.bounded(256)));
-    QTest::newRow("binary garbage") << garbage + "\nA=1\n" << QStringList() << QStringList() << 0;
+                                        << QStringList{QStringLiteral("\x01\x1b[2J")};
 }
 
 void tst_SerialManager::badInput()
@@ -241,16 +223,10 @@ void tst_SerialManager::badInput()
     QFETCH(QByteArray, bytes);
     QFETCH(QStringList, values);
     QFETCH(QStringList, words);
-    QFETCH(int, overlong);
     QVERIFY(openOnPty());
-    QVERIFY(m_pty->writeLarge(bytes + "END=1\n"));
+    QVERIFY(m_pty->write(bytes + "END=1\n"));
     QTRY_VERIFY(m_log->of(QStringLiteral("values")).contains(QStringLiteral("END=1")));
     QVERIFY(m_manager->isOpen());
-    QCOMPARE(m_log->of(QStringLiteral("overlong")), QStringList(overlong, QString::number(LineFramer::MaxLineBytes)));
-    if (values.isEmpty()) {
-        QVERIFY(m_log->of(QStringLiteral("values")).contains(QStringLiteral("A=1")));
-        return;
-    }
     QCOMPARE(m_log->of(QStringLiteral("values")), values + QStringList{"END=1"});
     QCOMPARE(m_log->of(QStringLiteral("words")), words);
 }
