@@ -23,7 +23,6 @@
 #include "DesignScene.h"
 #include "SignalPlaybackEngine.h"
 #include "SignalRouter.h"
-#include "SourceAddress.h"
 #include "UserPrompts.h"
 #include "WidgetPalette.h"
 
@@ -217,14 +216,14 @@ void Ombrix::connectCommands()
 
 void Ombrix::connectSources()
 {
-    // Remembered as the user would read it again: never with a password.
+    // The name comes without its password.
     connect(m_live->serial(), &SerialManager::sourceOpened, this,
-            [this](const QString &name) { m_recentSources->addEntry(SourceAddress::displayName(name)); });
+            [this](const QString &name) { m_recentSources->addEntry(name); });
     connect(m_menus->simulatedDeviceAction, &QAction::triggered, this, [this] { switchSource(QStringLiteral("sim:")); });
     connect(m_menus, &MainMenus::recentSourceChosen, this, &Ombrix::switchSource);
     // A first run that moves: the demo comes with its device and a recording to play.
     connect(m_project, &Project::demoOpened, this, [this](const QString &dir) {
-        if (!m_live->pipeline()->isOpen() && !m_live->pipeline()->isOpening())
+        if (!m_live->pipeline()->isActive())
             switchSource(QStringLiteral("sim:"));
         if (m_playback->filePath().isEmpty()) {
             const QString recording = Project::demoRecording(dir);
@@ -236,7 +235,7 @@ void Ombrix::connectSources()
 
 void Ombrix::switchSource(const QString &source)
 {
-    if (m_live->pipeline()->isOpen() || m_live->pipeline()->isOpening() || m_live->pipeline()->isWaitingToReconnect())
+    if (m_live->pipeline()->isActive())
         disconnectPort();
     connectPort(source, m_toolBars->baudRate());
 }

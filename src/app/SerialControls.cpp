@@ -65,7 +65,7 @@ bool SerialControls::eventFilter(QObject *watched, QEvent *event)
 void SerialControls::onConnectClicked()
 {
     qDebug() << "Connect clicked";
-    if (m_pipeline->isOpen() || m_pipeline->isOpening() || m_pipeline->isWaitingToReconnect()) {
+    if (m_pipeline->isActive()) {
         disconnectPort();
         return;
     }

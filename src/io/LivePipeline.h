@@ -47,6 +47,8 @@ public:
     void setReconnect(bool on);
     bool reconnect() const { return m_reconnect; }
     bool isWaitingToReconnect() const;
+    // Open, connecting or waiting to reconnect: what Disconnect would end.
+    bool isActive() const { return isOpen() || isOpening() || isWaitingToReconnect(); }
     // The source waited for, or lost last.
     QString lostSourceName() const;
 

@@ -62,9 +62,11 @@ QString CommandWidget::statusText() const
 bool CommandWidget::send(const QString &text)
 {
     QString error;
-    const bool sent = s_sink && s_sink->sendCommand(text, s_sink->commandEnding(), &error);
-    if (!s_sink)
-        canSend(&error);
+    bool sent = false;
+    if (s_sink)
+        sent = s_sink->sendCommand(text, s_sink->commandEnding(), &error);
+    else
+        canSend(&error); // says why nothing can go
     if (sent) {
         showStatus(QString());
         return true;
